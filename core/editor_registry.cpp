@@ -1,0 +1,114 @@
+#include "core/editor_registry.h"
+
+#include <algorithm>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "core/json.h"
+#include "core/platform/files.h"
+#include "core/platform/process.h"
+#include "core/process.h"
+
+namespace zorvik::core {
+namespace {
+
+std::filesystem::path Folder() {
+  return McpHome() / "editors";
+}
+
+std::filesystem::path RecordPath(std::uint32_t pid) {
+  return Folder() / (std::to_string(pid) + ".json");
+}
+
+// The record files that stand in the folder now, in path order.
+std::vector<std::filesystem::path> RecordFiles() {
+  std::vector<std::filesystem::path> files;
+  const std::filesystem::path folder = Folder();
+  std::error_code failure;
+  if (!std::filesystem::is_directory(folder, failure)) return files;
+  std::filesystem::directory_iterator entry(folder, failure);
+  for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+    if (entry->path().extension() == ".json") files.push_back(entry->path());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+// What the file says, or nothing if it is no record with which an editor could be reached.
+std::optional<EditorRecord> ReadRecord(const std::filesystem::path& file) {
+  std::string text;
+  Json json;
+  std::string error;
+  if (!platform::ReadWholeFile(file, text) || !ParseJson(text, json, error) ||
+      json.kind != Json::Kind::Object) {
+    return std::nullopt;
+  }
+  EditorRecord record;
+  record.editor_id = json.At("editor_id").TextOr("");
+  record.pipe = json.At("pipe").TextOr("");
+  record.token = json.At("token").TextOr("");
+  record.bridge = json.At("bridge").TextOr("");
+  record.engine_version = json.At("engine_version").TextOr("");
+  record.project = json.At("project").TextOr("");
+  record.project_name = json.At("project_name").TextOr("");
+  record.world = json.At("world").TextOr("");
+  record.world_id = json.At("world_id").TextOr("");
+  record.started = json.At("started").TextOr("");
+  record.pid = static_cast<std::uint32_t>(json.At("pid").IntOr(0));
+  if (record.pid == 0 || record.pipe.empty()) return std::nullopt;
+  return record;
+}
+
+}  // namespace
+
+std::filesystem::path McpHome() {
+  const auto variable = [](const char* name) {
+    return platform::TextPath(platform::EnvironmentText(name).value_or(""));
+  };
+  std::filesystem::path home = variable("ZORVIK_MCP_HOME");
+  if (!home.empty()) return home;
+  std::filesystem::path base = variable("LOCALAPPDATA");
+  if (base.empty()) base = platform::TemporaryFolder();
+  return base / "ZORVIK" / "mcp";
+}
+
+std::vector<EditorRecord> ListEditorRecords() {
+  std::vector<EditorRecord> records;
+  for (const std::filesystem::path& file : RecordFiles()) {
+    std::optional<EditorRecord> record = ReadRecord(file);
+    if (!record) continue;
+    if (ProcessAlive(record->pid)) {
+      records.push_back(std::move(*record));
+    } else {
+      std::error_code ignored;
+      std::filesystem::remove(file, ignored);
+    }
+  }
+  std::stable_sort(records.begin(), records.end(),
+                   [](const EditorRecord& a, const EditorRecord& b) { return a.pid < b.pid; });
+  return records;
+}
+
+WriteResult WriteEditorRecord(const EditorRecord& record) {
+  Json json = Json::Object();
+  json.Set("editor_id", Json::Text(record.editor_id));
+  json.Set("pid", Json::Int(record.pid));
+  json.Set("pipe", Json::Text(record.pipe));
+  json.Set("token", Json::Text(record.token));
+  json.Set("bridge", Json::Text(record.bridge));
+  json.Set("engine_version", Json::Text(record.engine_version));
+  json.Set("project", Json::Text(record.project));
+  json.Set("project_name", Json::Text(record.project_name));
+  json.Set("world", Json::Text(record.world));
+  json.Set("world_id", Json::Text(record.world_id));
+  json.Set("started", Json::Text(record.started));
+  return WriteFileDurably(RecordPath(record.pid), WriteJson(json) + "\n", FileEncoding::Binary);
+}
+
+void RemoveEditorRecord(std::uint32_t pid) {
+  std::error_code ignored;
+  std::filesystem::remove(RecordPath(pid), ignored);
+}
+
+}  // namespace zorvik::core

@@ -1,0 +1,41 @@
+#include "core/lines.h"
+
+#include <utility>
+
+namespace zorvik::core {
+
+void LineBuffer::Clear() {
+  // Not bytes.clear(): a long line's memory shall not stay with an idle owner.
+  bytes = std::string();
+  scanned = 0;
+}
+
+bool TakeLines(LineBuffer& buffer, std::vector<std::string>& lines) {
+  std::string& bytes = buffer.bytes;
+  std::size_t begin = 0;
+  std::size_t feed = bytes.find('\n', buffer.scanned);
+  while (feed != std::string::npos) {
+    std::size_t end = feed;
+    if (end > begin && bytes[end - 1] == '\r') {
+      --end;
+    }
+    if (begin == 0 && end > 0 && feed + 1 == bytes.size()) {
+      // The usual case, and the one of a very long line: nothing but this line is there, so it is
+      // handed over without a copy.
+      bytes.resize(end);
+      lines.push_back(std::move(bytes));
+      buffer.Clear();
+      return true;
+    }
+    if (end > begin) {
+      lines.emplace_back(bytes, begin, end - begin);
+    }
+    begin = feed + 1;
+    feed = bytes.find('\n', begin);
+  }
+  bytes.erase(0, begin);
+  buffer.scanned = bytes.size();
+  return bytes.size() <= kLineRestLimit;
+}
+
+}  // namespace zorvik::core

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace zorvik::core {
+
+// Bytes received and not yet cut into lines. `scanned` counts the bytes at the front of `bytes`
+// that are known to hold no line feed, so that a long line which arrives in small pieces is looked
+// through only once. Append to `bytes` freely; everything else goes through TakeLines and Clear.
+struct LineBuffer {
+  std::string bytes;
+  std::size_t scanned = 0;
+
+  void Clear();
+};
+
+// The longest unfinished line, in bytes, that a reader puts up with.
+inline constexpr std::size_t kLineRestLimit = 16'777'216;
+
+// Moves every complete line out of `buffer` to the end of `lines`. Lines lose their line feed and
+// one carriage return in front of it; empty lines are dropped. Returns false when the unfinished
+// rest is longer than kLineRestLimit.
+bool TakeLines(LineBuffer& buffer, std::vector<std::string>& lines);
+
+}  // namespace zorvik::core

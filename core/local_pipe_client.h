@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zorvik::core {
+
+// The client end of the line transport between a server and one editor. One thread uses it, and
+// nothing moves but in Send and Receive. After any failure but one of not being connected it is
+// closed, and what was queued or half received is gone; it can be connected again.
+class LocalPipeClient {
+ public:
+  // Milliseconds of a monotonic clock, for the time-outs. Tests bring their own.
+  using TickClock = std::function<std::uint64_t()>;
+
+  LocalPipeClient();
+  explicit LocalPipeClient(TickClock clock);
+  ~LocalPipeClient();
+  LocalPipeClient(const LocalPipeClient&) = delete;
+  LocalPipeClient& operator=(const LocalPipeClient&) = delete;
+
+  // Connects to the server of the bare pipe name `name`, closing first whatever was open. A busy
+  // pipe is tried again until `timeout_ms` have passed (negative counts as 0); any other failure
+  // returns at once. False with a message in `error` on failure.
+  bool Connect(const std::string& name, std::int32_t timeout_ms, std::string& error);
+  bool Connected() const;
+  // Safe in any state, also when repeated.
+  void Close();
+
+  // Queues `line` (without its line feed) and writes what the pipe takes without waiting. True
+  // doesn't mean that the peer has it. False, with a message in `error`, when not connected, when
+  // the connection fails, or when a write has made no headway for 30,000 ms.
+  bool Send(std::string line, std::string& error);
+
+  // Goes on writing, and appends every complete line that has arrived to `lines` without waiting.
+  // On false, with a message in `error`, `lines` may still hold lines that came before the failure,
+  // and the caller must handle them.
+  bool Receive(std::vector<std::string>& lines, std::string& error);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl;
+};
+
+}  // namespace zorvik::core

@@ -1,0 +1,108 @@
+#include "core/platform/files.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstddef>
+#include <system_error>
+
+namespace zorvik::core::platform {
+namespace {
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// An open file, closed at the end of the scope.
+class File {
+ public:
+  File(const std::filesystem::path& path, DWORD access, DWORD disposition)
+      : handle(CreateFileW(path.c_str(), access, kShareAll, nullptr, disposition,
+                           FILE_ATTRIBUTE_NORMAL, nullptr)) {}
+  ~File() {
+    if (Valid()) CloseHandle(handle);
+  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  bool Valid() const { return handle != INVALID_HANDLE_VALUE; }
+  HANDLE Get() const { return handle; }
+
+ private:
+  HANDLE handle;
+};
+
+}  // namespace
+
+std::string PathText(const std::filesystem::path& path) {
+  const std::wstring& wide = path.native();
+  const int length = static_cast<int>(wide.size());
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+  std::string text(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text.data(), size, nullptr, nullptr);
+  return text;
+}
+
+std::filesystem::path TextPath(const std::string& text) {
+  const int length = static_cast<int>(text.size());
+  const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
+  return wide;
+}
+
+std::filesystem::path TemporaryFolder() {
+  std::array<wchar_t, MAX_PATH + 1> folder;
+  const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+  return length > 0 && length < folder.size() ? std::filesystem::path(folder.data()) : L".";
+}
+
+bool CreatePrivateFolders(const std::filesystem::path& path) {
+  std::error_code failure;
+  std::filesystem::create_directories(path, failure);
+  return std::filesystem::is_directory(path, failure);
+}
+
+bool CreatePrivateFile(const std::filesystem::path& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+    DeleteFileW(path.c_str());
+  }
+  return File(path, GENERIC_WRITE, CREATE_ALWAYS).Valid();
+}
+
+bool ReadWholeFile(const std::filesystem::path& path, std::string& content) {
+  content.clear();
+  const File file(path, GENERIC_READ, OPEN_EXISTING);
+  if (!file.Valid() || GetFileType(file.Get()) != FILE_TYPE_DISK) return false;
+  std::array<char, 65'536> chunk;
+  while (true) {
+    DWORD got = 0;
+    if (!ReadFile(file.Get(), chunk.data(), static_cast<DWORD>(chunk.size()), &got, nullptr)) {
+      content.clear();
+      return false;
+    }
+    if (got == 0) return true;
+    content.append(chunk.data(), got);
+  }
+}
+
+bool SyncFile(const std::filesystem::path& path) {
+  const File file(path, GENERIC_WRITE, OPEN_EXISTING);
+  return file.Valid() && FlushFileBuffers(file.Get());
+}
+
+bool SyncDirectory(const std::filesystem::path&) {
+  // ReplaceDurably has put the move on disk already.
+  return true;
+}
+
+}  // namespace zorvik::core::platform
+
+namespace zorvik::core::win32 {
+
+bool ReplaceDurably(const std::filesystem::path& from, const std::filesystem::path& to) {
+  return MoveFileExW(from.c_str(), to.c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+}  // namespace zorvik::core::win32

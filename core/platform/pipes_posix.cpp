@@ -1,0 +1,418 @@
+// A pipe NAME is the Unix-domain stream socket /tmp/zorvik-<uid>/NAME.sock. Beside it stands
+// NAME.lock, on which the serving process holds a lock for as long as it lives, so that a name is
+// free again however its server died, and a socket file left behind says nothing.
+//
+// An instance is a listening socket of its own with room for one client that hasn't been accepted
+// yet. It is closed as soon as that client is accepted; until the next one is made, the lock tells
+// a client that the name is busy and not gone.
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "core/platform/error_codes.h"
+#include "core/platform/pipes.h"
+
+namespace zorvik::core::platform {
+namespace {
+
+// Room for a good piece of an image, so that the two ends needn't take turns so often. The system
+// cuts this to its own limit.
+constexpr int kSendBuffer = 1'048'576;
+constexpr std::uint32_t kBusyPauseMs = 10;
+// Each attempt can be spoilt only by another server that leaves at that moment.
+constexpr int kClaimAttempts = 100;
+
+std::uint32_t ErrorCode(int error) {
+  switch (error) {
+    case ENOENT:
+      return kFileNotFound;
+    case EMFILE:
+    case ENFILE:
+      return kTooManyOpenFiles;
+    case EACCES:
+    case EPERM:
+      return kAccessDenied;
+    case ENOMEM:
+    case ENOBUFS:
+      return kNotEnoughMemory;
+    case EPIPE:
+    case ECONNRESET:
+      return kBrokenPipe;
+    case ENOSPC:
+      return kDiskFull;
+    case ENAMETOOLONG:
+      return kInvalidName;
+    default:
+      return kGeneralFailure;
+  }
+}
+
+template <typename Call>
+auto Retry(Call call) {
+  auto result = call();
+  while (result == -1 && errno == EINTR) {
+    result = call();
+  }
+  return result;
+}
+
+// An open file or socket.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int opened) : number(opened) {}
+  Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number, other.number);
+    return *this;
+  }
+  ~Descriptor() { Reset(); }
+
+  void Reset() {
+    if (Valid()) {
+      close(number);
+      number = -1;
+    }
+  }
+  bool Valid() const { return number != -1; }
+  int Get() const { return number; }
+
+ private:
+  int number = -1;
+};
+
+// Where a name is served.
+struct Place {
+  std::string folder;
+  std::string socket;
+  std::string lock;
+  sockaddr_un address{};
+};
+
+std::uint32_t FindPlace(const std::string& name, Place& place) {
+  if (name.empty() || name.find('/') != std::string::npos || name.find('\0') != std::string::npos) {
+    return kInvalidName;
+  }
+  place.folder = "/tmp/zorvik-" + std::to_string(geteuid());
+  place.socket = place.folder + "/" + name + ".sock";
+  place.lock = place.folder + "/" + name + ".lock";
+  if (place.socket.size() >= sizeof place.address.sun_path) {
+    return kInvalidName;
+  }
+  place.address.sun_family = AF_UNIX;
+  place.socket.copy(place.address.sun_path, place.socket.size());
+  return kNoError;
+}
+
+// Anybody can make things in /tmp, so the folder is trusted only if nobody else could have.
+std::uint32_t CheckFolder(const std::string& folder) {
+  struct stat status {};
+  if (lstat(folder.c_str(), &status) == -1) {
+    return ErrorCode(errno);
+  }
+  const bool is_private =
+      S_ISDIR(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & 077) == 0;
+  return is_private ? kNoError : kAccessDenied;
+}
+
+bool PeerIsTrusted(int socket) {
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
+         (peer.uid == geteuid() || peer.uid == 0);
+}
+
+struct flock WholeFile() {
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  return lock;
+}
+
+// Whether a server holds the name. Asks without taking the lock, so that a client never stands in a
+// server's way.
+bool IsServed(const Place& place) {
+  const Descriptor file(Retry(
+      [&] { return open(place.lock.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
+  struct flock lock = WholeFile();
+  return file.Valid() && fcntl(file.Get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+// Whether the file that was opened is still the one at its path.
+bool IsAt(const Descriptor& file, const std::string& path) {
+  struct stat opened {};
+  struct stat present {};
+  return fstat(file.Get(), &opened) == 0 && lstat(path.c_str(), &present) == 0 &&
+         opened.st_dev == present.st_dev && opened.st_ino == present.st_ino;
+}
+
+// Takes the lock of a name. The lock belongs to the open file and not to the process: it doesn't go
+// when some other descriptor of the same file is closed, and it also holds between two servers in
+// one process.
+std::uint32_t Claim(const Place& place, Descriptor& claim) {
+  if (mkdir(place.folder.c_str(), 0700) == -1 && errno != EEXIST) {
+    return ErrorCode(errno);
+  }
+  if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) {
+    return code;
+  }
+  for (int attempt = 0; attempt < kClaimAttempts; ++attempt) {
+    Descriptor file(Retry([&] {
+      return open(place.lock.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+    }));
+    if (!file.Valid()) {
+      return ErrorCode(errno);
+    }
+    struct flock lock = WholeFile();
+    if (Retry([&] { return fcntl(file.Get(), F_OFD_SETLK, &lock); }) == -1) {
+      return errno == EAGAIN ? kAccessDenied : ErrorCode(errno);
+    }
+    // A server that leaves removes its file, perhaps between our opening and locking of it.
+    if (IsAt(file, place.lock)) {
+      claim = std::move(file);
+      return kNoError;
+    }
+  }
+  return kAccessDenied;
+}
+
+Descriptor NewSocket() {
+  Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  return socket;
+}
+
+// The default will do as well if this fails.
+void EnlargeSendBuffer(const Descriptor& socket) {
+  setsockopt(socket.Get(), SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
+}
+
+bool WaitReadable(const Descriptor& socket, std::uint32_t wait_ms) {
+  pollfd wait{socket.Get(), POLLIN, 0};
+  return Retry([&] { return poll(&wait, 1, static_cast<int>(wait_ms)); }) > 0;
+}
+
+}  // namespace
+
+struct PipeEnd::Native {
+  // Sends what the socket takes of `rest`. False when the connection is broken.
+  bool SendSome();
+
+  Descriptor socket;  // The connection, or the listener of an instance without a client.
+  std::unique_ptr<char[]> buffer;
+  std::size_t buffer_size = 0;
+  std::size_t read_limit = 0;
+  std::string_view rest;  // Of the write in flight.
+  std::size_t taken = 0;
+};
+
+bool PipeEnd::Native::SendSome() {
+  const ssize_t count = Retry(
+      [&] { return send(socket.Get(), rest.data(), rest.size(), MSG_NOSIGNAL | MSG_DONTWAIT); });
+  if (count == -1) {
+    return errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM;
+  }
+  taken = static_cast<std::size_t>(count);
+  return true;
+}
+
+PipeEnd::PipeEnd() : native(std::make_unique<Native>()) {}
+PipeEnd::~PipeEnd() = default;
+
+bool PipeEnd::Valid() const {
+  return native->socket.Valid();
+}
+
+bool PipeEnd::Peek(std::size_t& available) {
+  int count = 0;
+  if (ioctl(native->socket.Get(), FIONREAD, &count) == -1) {
+    return false;
+  }
+  if (count == 0) {
+    // Nothing there, or the end of the stream: only a read tells.
+    char byte = 0;
+    const ssize_t peeked =
+        Retry([&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
+    if (peeked == 0 || (peeked == -1 && errno != EAGAIN)) {
+      return false;
+    }
+    count = std::max(0, static_cast<int>(peeked));
+  }
+  available = static_cast<std::size_t>(count);
+  return true;
+}
+
+bool PipeEnd::StartRead(std::size_t limit) {
+  if (limit > native->buffer_size) {
+    native->buffer = std::make_unique_for_overwrite<char[]>(limit);
+    native->buffer_size = limit;
+  }
+  native->read_limit = limit;
+  return true;
+}
+
+Progress PipeEnd::FinishRead(std::string_view& bytes, std::uint32_t wait_ms) {
+  const auto read = [&] {
+    return Retry([&] {
+      return recv(native->socket.Get(), native->buffer.get(), native->read_limit, MSG_DONTWAIT);
+    });
+  };
+  ssize_t count = read();
+  if (count == -1 && errno == EAGAIN && wait_ms > 0 && WaitReadable(native->socket, wait_ms)) {
+    count = read();
+  }
+  if (count == -1 && errno == EAGAIN) {
+    return Progress::Pending;
+  }
+  if (count <= 0) {
+    return Progress::Failed;
+  }
+  bytes = std::string_view(native->buffer.get(), static_cast<std::size_t>(count));
+  return Progress::Done;
+}
+
+bool PipeEnd::StartWrite(std::string_view bytes) {
+  native->rest = bytes;
+  native->taken = 0;
+  return native->SendSome();
+}
+
+Progress PipeEnd::FinishWrite(std::size_t& count) {
+  if (native->taken == 0 && !native->SendSome()) {
+    return Progress::Failed;
+  }
+  count = native->taken;
+  return count > 0 ? Progress::Done : Progress::Pending;
+}
+
+Progress PipeEnd::FinishAccept() {
+  if (!WaitReadable(native->socket, 0)) {
+    return Progress::Pending;
+  }
+  // First nobody else may come in, since accepting makes room for one more.
+  shutdown(native->socket.Get(), SHUT_RDWR);
+  Descriptor client(Retry([&] {
+    return accept4(native->socket.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+  }));
+  native->socket.Reset();
+  if (!client.Valid() || !PeerIsTrusted(client.Get())) {
+    return Progress::Failed;
+  }
+  EnlargeSendBuffer(client);
+  native->socket = std::move(client);
+  return Progress::Done;
+}
+
+void PipeEnd::Disconnect() {
+  if (Valid()) {
+    shutdown(native->socket.Get(), SHUT_RDWR);
+  }
+}
+
+void PipeEnd::Close() {
+  native->socket.Reset();
+}
+
+std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
+  end.Close();
+  Place place;
+  if (const std::uint32_t code = FindPlace(name, place); code != kNoError) {
+    return code;
+  }
+  if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) {
+    return code;
+  }
+  Descriptor socket = NewSocket();
+  if (!socket.Valid()) {
+    return ErrorCode(errno);
+  }
+  const auto* address = reinterpret_cast<const sockaddr*>(&place.address);
+  if (Retry([&] { return connect(socket.Get(), address, sizeof place.address); }) == -1) {
+    switch (errno) {
+      case EAGAIN:
+        return kPipeBusy;
+      case ECONNREFUSED:
+      case ENOENT:
+        return IsServed(place) ? kPipeBusy : kFileNotFound;
+      default:
+        return ErrorCode(errno);
+    }
+  }
+  if (!PeerIsTrusted(socket.Get())) {
+    return kAccessDenied;
+  }
+  EnlargeSendBuffer(socket);
+  end.native->socket = std::move(socket);
+  return kNoError;
+}
+
+void WaitForInstance(const std::string& /*name*/, std::uint32_t wait_ms) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(std::min(wait_ms, kBusyPauseMs)));
+}
+
+struct PipeService::Native {
+  Place place;
+  Descriptor claim;
+};
+
+PipeService::PipeService() : native(std::make_unique<Native>()) {}
+PipeService::~PipeService() {
+  Release();
+}
+
+// The private folder is the access list.
+bool PipeService::Prepare() {
+  return true;
+}
+
+std::uint32_t PipeService::Create(const std::string& name, bool first, int /*max_instances*/,
+                                  PipeEnd& end) {
+  if (first) {
+    Release();
+    if (const std::uint32_t code = FindPlace(name, native->place); code != kNoError) {
+      return code;
+    }
+    if (const std::uint32_t code = Claim(native->place, native->claim); code != kNoError) {
+      return code;
+    }
+  }
+  const char* path = native->place.address.sun_path;
+  Descriptor socket = NewSocket();
+  if (!socket.Valid() || (unlink(path) == -1 && errno != ENOENT)) {
+    return ErrorCode(errno);
+  }
+  const auto* address = reinterpret_cast<const sockaddr*>(&native->place.address);
+  if (bind(socket.Get(), address, sizeof native->place.address) == -1 || chmod(path, 0600) == -1 ||
+      listen(socket.Get(), 0) == -1) {
+    return ErrorCode(errno);
+  }
+  end.native->socket = std::move(socket);
+  return kNoError;
+}
+
+std::uint32_t PipeService::Listen(PipeEnd& /*end*/, bool& connected) {
+  connected = false;  // FinishAccept finds a client that is there already.
+  return kNoError;
+}
+
+void PipeService::Release() {
+  // Both files go before the lock, and only if they are still ours.
+  if (native->claim.Valid() && IsAt(native->claim, native->place.lock)) {
+    unlink(native->place.socket.c_str());
+    unlink(native->place.lock.c_str());
+  }
+  native->claim.Reset();
+}
+
+}  // namespace zorvik::core::platform

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zorvik::core::platform {
+
+// Puts the standard streams of the process in order. main() calls it before anything else, so that
+// no file opened later can take the place of a standard stream that the process was started
+// without. From then on what is written to standard output and standard error through stdio keeps
+// its line feeds as they are, and a write to a stream that nobody reads any more fails instead of
+// ending the process.
+void PrepareStandardStreams();
+
+// A byte stream that is read without buffering. The object is a borrowed handle: it neither opens
+// nor closes anything and may be copied.
+class InputStream {
+ public:
+  // No stream at all.
+  InputStream() = default;
+  // The standard input of this process, or no stream if it has none.
+  static InputStream Standard();
+  // A descriptor (POSIX) or handle (Windows) of the caller's.
+  static InputStream Borrow(std::intptr_t handle);
+
+  bool Valid() const;
+  // Whether Peek can tell how much is there: true for pipes and sockets, false for files, terminals
+  // and devices.
+  bool IsPipe() const { return is_pipe; }
+  // Only for pipes. Puts the number of bytes that can be read without blocking into `available`
+  // (0: nothing yet). False once the writing end has gone and nothing is left. Never blocks.
+  bool Peek(std::size_t& available) const;
+  // Reads at most `limit` bytes and reports how many in `count`. Blocks while there are none.
+  // False, or a count of 0, is the end of the input.
+  bool Read(char* bytes, std::size_t limit, std::size_t& count) const;
+
+ private:
+  std::intptr_t native = -1;
+  bool is_pipe = false;
+};
+
+// A byte stream that is written without buffering; a borrowed handle like InputStream.
+class OutputStream {
+ public:
+  OutputStream() = default;
+  // The standard output of this process, or no stream if it has none.
+  static OutputStream Standard();
+  static OutputStream Borrow(std::intptr_t handle);
+
+  bool Valid() const;
+  // Writes some of the bytes, at least one, and reports how many in `count`. Blocks while the
+  // reader doesn't drain the stream, even if the stream was set not to. False when it is broken.
+  bool Write(const char* bytes, std::size_t size, std::size_t& count) const;
+
+ private:
+  std::intptr_t native = -1;
+};
+
+}  // namespace zorvik::core::platform

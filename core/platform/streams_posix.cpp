@@ -1,0 +1,144 @@
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "core/platform/streams.h"
+
+namespace zorvik::core::platform {
+namespace {
+
+// What kind of thing the descriptor is, as the file type bits of its mode; 0 when it can't be told.
+mode_t FileType(int fd) {
+  struct stat status = {};
+  return fstat(fd, &status) == 0 ? status.st_mode & S_IFMT : 0;
+}
+
+// Whether the descriptor is open for something else than `opposite` (O_RDONLY or O_WRONLY) alone.
+bool Usable(int fd, int opposite) {
+  const int flags = fcntl(fd, F_GETFL);
+  return flags != -1 && (flags & O_ACCMODE) != opposite;
+}
+
+bool QueuedBytes(int fd, std::size_t& count) {
+  int queued = 0;
+  if (ioctl(fd, FIONREAD, &queued) != 0 || queued < 0) return false;
+  count = static_cast<std::size_t>(queued);
+  return true;
+}
+
+short PollEvents(int fd, short events, int timeout_ms) {
+  pollfd entry = {fd, events, 0};
+  while (poll(&entry, 1, timeout_ms) < 0) {
+    if (errno != EINTR) return POLLERR;
+  }
+  return entry.revents;
+}
+
+bool SocketEnded(int fd) {
+  char byte = 0;
+  while (true) {
+    const ssize_t got = recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT);
+    if (got >= 0) return got == 0;
+    if (errno == EINTR) continue;
+    return errno != EAGAIN && errno != EWOULDBLOCK;
+  }
+}
+
+// Whether the call that failed just now is worth repeating: it was interrupted, or the descriptor
+// is set not to block and `events` has been waited for.
+bool WaitToRetry(int fd, short events) {
+  if (errno == EINTR) return true;
+  if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
+  return (PollEvents(fd, events, -1) & POLLNVAL) == 0;
+}
+
+}  // namespace
+
+void PrepareStandardStreams() {
+  // A placeholder of the wrong direction keeps the number of a missing stream occupied, and each
+  // use of it fails as it would on the missing stream.
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (fcntl(fd, F_GETFD) != -1) continue;
+    const int placeholder = open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    if (placeholder > fd) close(placeholder);
+  }
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+InputStream InputStream::Standard() {
+  return Usable(STDIN_FILENO, O_WRONLY) ? Borrow(STDIN_FILENO) : InputStream();
+}
+
+InputStream InputStream::Borrow(std::intptr_t handle) {
+  InputStream stream;
+  stream.native = handle;
+  const mode_t type = FileType(static_cast<int>(handle));
+  stream.is_pipe = type == S_IFIFO || type == S_IFSOCK;
+  return stream;
+}
+
+bool InputStream::Valid() const {
+  return native >= 0;
+}
+
+bool InputStream::Peek(std::size_t& available) const {
+  const int fd = static_cast<int>(native);
+  if (!QueuedBytes(fd, available)) return false;
+  if (available > 0) return true;
+
+  // Nothing there: because nothing has come yet, or because nothing will. The bytes are counted
+  // once more after the question for the end, since the peer may write and go in between.
+  bool ended = false;
+  if (FileType(fd) == S_IFSOCK) {
+    ended = SocketEnded(fd);
+  } else {
+    ended = (PollEvents(fd, POLLIN, 0) & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+  }
+  return QueuedBytes(fd, available) && (available > 0 || !ended);
+}
+
+bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {
+  const int fd = static_cast<int>(native);
+  while (true) {
+    const ssize_t got = read(fd, bytes, limit);
+    if (got >= 0) {
+      count = static_cast<std::size_t>(got);
+      return true;
+    }
+    if (!WaitToRetry(fd, POLLIN)) return false;
+  }
+}
+
+OutputStream OutputStream::Standard() {
+  return Usable(STDOUT_FILENO, O_RDONLY) ? Borrow(STDOUT_FILENO) : OutputStream();
+}
+
+OutputStream OutputStream::Borrow(std::intptr_t handle) {
+  OutputStream stream;
+  stream.native = handle;
+  return stream;
+}
+
+bool OutputStream::Valid() const {
+  return native >= 0;
+}
+
+bool OutputStream::Write(const char* bytes, std::size_t size, std::size_t& count) const {
+  const int fd = static_cast<int>(native);
+  while (true) {
+    const ssize_t taken = write(fd, bytes, size);
+    if (taken >= 0) {
+      count = static_cast<std::size_t>(taken);
+      return true;
+    }
+    if (!WaitToRetry(fd, POLLOUT)) return false;
+  }
+}
+
+}  // namespace zorvik::core::platform

@@ -1,0 +1,94 @@
+#include "core/platform/streams.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+
+namespace zorvik::core::platform {
+namespace {
+
+// NOLINTNEXTLINE(performance-no-int-to-ptr): a handle is a number that Windows types as a pointer.
+HANDLE Handle(std::intptr_t native) {
+  return reinterpret_cast<HANDLE>(native);
+}
+
+bool IsHandle(std::intptr_t native) {
+  return native != 0 && Handle(native) != INVALID_HANDLE_VALUE;
+}
+
+std::intptr_t StandardHandle(DWORD which) {
+  return reinterpret_cast<std::intptr_t>(GetStdHandle(which));
+}
+
+DWORD Clamp(std::size_t size) {
+  return static_cast<DWORD>(std::min<std::size_t>(size, std::numeric_limits<DWORD>::max()));
+}
+
+void KeepLineFeeds(std::FILE* file) {
+  const int descriptor = _fileno(file);
+  if (descriptor >= 0) _setmode(descriptor, _O_BINARY);
+}
+
+}  // namespace
+
+void PrepareStandardStreams() {
+  // Missing streams need no care here: a handle that is opened later never becomes a standard one.
+  KeepLineFeeds(stdout);
+  KeepLineFeeds(stderr);
+}
+
+InputStream InputStream::Standard() {
+  return Borrow(StandardHandle(STD_INPUT_HANDLE));
+}
+
+InputStream InputStream::Borrow(std::intptr_t handle) {
+  InputStream stream;
+  stream.native = handle;
+  stream.is_pipe = stream.Valid() && GetFileType(Handle(handle)) == FILE_TYPE_PIPE;
+  return stream;
+}
+
+bool InputStream::Valid() const {
+  return IsHandle(native);
+}
+
+bool InputStream::Peek(std::size_t& available) const {
+  DWORD count = 0;
+  if (!PeekNamedPipe(Handle(native), nullptr, 0, nullptr, &count, nullptr)) return false;
+  available = count;
+  return true;
+}
+
+bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {
+  DWORD got = 0;
+  if (!ReadFile(Handle(native), bytes, Clamp(limit), &got, nullptr)) return false;
+  count = got;
+  return true;
+}
+
+OutputStream OutputStream::Standard() {
+  return Borrow(StandardHandle(STD_OUTPUT_HANDLE));
+}
+
+OutputStream OutputStream::Borrow(std::intptr_t handle) {
+  OutputStream stream;
+  stream.native = handle;
+  return stream;
+}
+
+bool OutputStream::Valid() const {
+  return IsHandle(native);
+}
+
+bool OutputStream::Write(const char* bytes, std::size_t size, std::size_t& count) const {
+  DWORD taken = 0;
+  if (!WriteFile(Handle(native), bytes, Clamp(size), &taken, nullptr)) return false;
+  count = taken;
+  return true;
+}
+
+}  // namespace zorvik::core::platform

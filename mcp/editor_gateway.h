@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/editor_registry.h"
+#include "core/json.h"
+
+namespace zorvik::mcp {
+
+// The door to the editors. The server knows them through this interface alone.
+class EditorGateway {
+ public:
+  // One line from an editor that isn't its answer to the hello.
+  struct Reply {
+    std::string editor;  // The editor_id of the connection on which it came.
+    core::Json message;
+  };
+
+  EditorGateway() = default;
+  virtual ~EditorGateway() = default;
+  EditorGateway(const EditorGateway&) = delete;
+  EditorGateway& operator=(const EditorGateway&) = delete;
+
+  // The editors that are open now.
+  virtual std::vector<core::EditorRecord> List() = 0;
+  // Hands `request`, a whole message, to the transport. False, with the reason in `error`, when it
+  // won't reach the editor.
+  virtual bool Send(const core::EditorRecord& editor, const core::Json& request,
+                    std::string& error) = 0;
+  // Appends what has arrived to `replies`, and to `lost` the ids of the editors whose connection
+  // has just ended, perhaps twice. Doesn't wait.
+  virtual void Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) = 0;
+};
+
+}  // namespace zorvik::mcp

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/json.h"
+#include "mcp/editor_gateway.h"
+
+namespace zorvik::mcp {
+
+// Turns lines of JSON-RPC into work and work into lines of JSON-RPC. It has no threads, knows no
+// streams, and never waits for an editor: a forwarded call is answered by a later Poll.
+//
+// The parts of it: dispatch.cpp (lines, batches, methods), eras.cpp (protocol versions), shaping.cpp
+// (tool lists and results), tool_calls.cpp (a call up to the editor), pending_calls.cpp (its end).
+class Server {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Sender = std::function<void(std::string)>;
+  using Logger = std::function<void(const std::string&)>;
+  using Now = std::function<Clock::time_point()>;
+
+  // `editors` must outlive the server. `sender` writes one protocol line; `logger` one log line, and
+  // may be empty. `clock` is that of the deadlines.
+  Server(EditorGateway& editors, Sender sender, Logger logger, Now clock = Clock::now);
+
+  // Handles one line, without its line feed, and writes any answer that is due now.
+  void Receive(std::string_view line);
+  // Ends the calls whose reply has come, whose editor was lost, or whose time is up, in this order.
+  void Poll();
+  // The number of calls in flight.
+  std::size_t PendingCount() const { return pending.size(); }
+
+ private:
+  // The protocol conditions under which one request is served.
+  struct Era {
+    bool stateless = false;  // The request brought its own version, in `_meta`.
+    std::string version;
+
+    // The oldest version has neither structured results nor titles and output schemas in rows.
+    bool Oldest() const { return !stateless && version == "2025-03-26"; }
+  };
+
+  // A call that an editor has.
+  struct Pending {
+    core::Json id;  // The client's.
+    Era era;        // Shapes the answer, whatever was negotiated since.
+    std::string tool;
+    std::string editor;
+    std::uint64_t bridge_id = 0;
+    Clock::time_point started;
+    Clock::time_point deadline;
+  };
+
+  // In all of these a null Json means that there is nothing to send now.
+  core::Json Handle(core::Json message);
+  core::Json HandleRequest(const core::Json& id, const std::string& method, core::Json params);
+  core::Json CallTool(const core::Json& id, const Era& era, core::Json params);
+
+  core::Json Initialize(const core::Json& id, const core::Json& params);
+  // Fills `era`, or returns false with the ready answer in `failure`.
+  bool EraOf(const core::Json& id, const core::Json& params, Era& era, core::Json& failure);
+
+  // The editor that a call is for: an element of `records`, which is filled, or null with a tool
+  // document in `error`.
+  const core::EditorRecord* Target(const core::Json& arguments,
+                                   std::vector<core::EditorRecord>& records, core::Json& error);
+  core::Json EditorList();
+
+  void Cancel(const core::Json& params);
+  void Finish(const Pending& pending, core::Json message);
+  void FinishError(const Pending& pending, core::Json document);
+  void Log(const std::string& text);
+
+  static core::Json Response(const core::Json& id, core::Json result);
+  static core::Json Failure(const core::Json& id, int code, std::string message, core::Json data);
+  static core::Json Discover();
+  static core::Json Result(const Era& era, core::Json result);
+  static core::Json ToolList(const Era& era);
+  static core::Json ToolError(std::string code, std::string message, std::string hint,
+                              core::Json details);
+  static core::Json ToolResult(const Era& era, core::Json document);
+  // The whole answer of a tool call, from its document.
+  static core::Json ToolAnswer(const core::Json& id, const Era& era, core::Json document);
+
+  std::int64_t deadline_ms = 120000;
+  EditorGateway& gateway;
+  Sender send;
+  Logger log;
+  Now now;
+  std::optional<std::string> legacy_version;
+  std::map<std::uint64_t, Pending> pending;  // By bridge id.
+  std::uint64_t next_id = 1;
+  std::string client_label;
+};
+
+}  // namespace zorvik::mcp

@@ -1,0 +1,122 @@
+#include "core/file_write.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "core/platform/files.h"
+#include "tests/support/temporary_home.h"
+
+namespace zorvik::core {
+namespace {
+
+using tests::ReadText;
+using tests::WriteText;
+
+class FileWriteTest : public testing::Test {
+ protected:
+  ~FileWriteTest() override { InjectWriteFailure(WriteStep::None); }
+
+  tests::TemporaryHome home;
+  std::filesystem::path target = home.Path() / "a" / "b" / "nome.json";
+  std::filesystem::path temporary = home.Path() / "a" / "b" / "nome.json.tmp";
+};
+
+TEST_F(FileWriteTest, ReplacesTheWholeFileInFoldersThatItMakes) {
+  std::string error = "intacto";
+  for (const std::string& content : {std::string("linha\nfim\r\n\0x", 13), std::string()}) {
+    EXPECT_TRUE(WriteFileReplacing(target, content, error));
+    EXPECT_EQ(ReadText(target), content);
+    EXPECT_FALSE(std::filesystem::exists(temporary));
+    // A leftover of a crash is longer than what comes next, and must not show through.
+    WriteText(temporary, "resto de uma queda");
+  }
+  EXPECT_EQ(error, "intacto");
+}
+
+TEST_F(FileWriteTest, WritesABareNameInTheWorkingFolder) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(home.Path());
+  InjectWriteFailure(WriteStep::CreateFolder);  // Never reached: there is no folder to make.
+  const WriteResult result = WriteFileDurably("solto", "x", FileEncoding::Binary);
+  std::filesystem::current_path(before);
+  EXPECT_EQ(result.status, WriteStatus::Ok);
+  EXPECT_EQ(ReadText(home.Path() / "solto"), "x");
+}
+
+TEST_F(FileWriteTest, AForcedFailureKeepsTheEarlierFileAndFiresOnce) {
+  const std::string not_written =
+      "não foi possível gravar nome.json (disco cheio ou pasta sem permissão).";
+  const struct {
+    WriteStep step;
+    WriteStatus status;
+    std::string message;
+  } kCases[] = {
+      {WriteStep::CreateFolder, WriteStatus::FolderFailed,
+       "não foi possível criar a pasta de nome.json."},
+      {WriteStep::OpenTemporary, WriteStatus::WriteFailed, not_written},
+      {WriteStep::WriteTemporary, WriteStatus::WriteFailed, not_written},
+      {WriteStep::SyncTemporary, WriteStatus::WriteFailed,
+       "não foi possível gravar nome.json no disco (o disco recusou a sincronização). O arquivo "
+       "anterior foi preservado."},
+      {WriteStep::ReplaceTarget, WriteStatus::ReplaceFailed,
+       "não foi possível substituir nome.json; ele pode estar protegido contra escrita ou aberto "
+       "em outro programa. O arquivo anterior foi preservado."},
+  };
+  for (const auto& c : kCases) {
+    WriteText(target, "antes");
+    InjectWriteFailure(c.step);
+    const WriteResult result = WriteFileDurably(target, "depois", FileEncoding::Binary);
+    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.message, c.message);
+    EXPECT_EQ(result.path, platform::PathText(target));
+    EXPECT_EQ(ReadText(target), "antes");
+    EXPECT_FALSE(std::filesystem::exists(temporary)) << c.message;
+    EXPECT_EQ(WriteFileDurably(target, "depois", FileEncoding::Binary).message, "");
+    EXPECT_EQ(ReadText(target), "depois");
+  }
+}
+
+TEST_F(FileWriteTest, RealFailuresComeFirstAndLeaveAForcedOneArmed) {
+  const auto status = [](const std::filesystem::path& path) {
+    return WriteFileDurably(path, "x", FileEncoding::Binary).status;
+  };
+  InjectWriteFailure(WriteStep::SyncTemporary);
+  WriteText(home.Path() / "arquivo", "não é pasta");
+  EXPECT_EQ(status(home.Path() / "arquivo" / "x"), WriteStatus::FolderFailed);
+  std::filesystem::create_directories(home.Path() / "y.tmp" / "dentro");
+  EXPECT_EQ(status(home.Path() / "y"), WriteStatus::WriteFailed);
+  EXPECT_EQ(status(target), WriteStatus::WriteFailed);  // The forced one.
+  std::filesystem::create_directories(target / "dentro");
+  std::string error;
+  EXPECT_FALSE(WriteFileReplacing(target, "x", error));
+  EXPECT_EQ(error.substr(0, 40), "não foi possível substituir nome.json;");
+  EXPECT_FALSE(std::filesystem::exists(temporary));
+}
+
+TEST_F(FileWriteTest, AWriterThatGivesUpDecidesTheMessage) {
+  WriteText(target, "antes");
+  for (const std::string& reason : {std::string("x"), std::string()}) {
+    const auto give_up = [&reason](std::ostream& stream, std::string& text) {
+      stream << "metade";
+      stream.setstate(std::ios::failbit);  // The writer's word outweighs the stream's state.
+      text = reason;
+      return false;
+    };
+    const WriteResult result = WriteFileDurably(target, give_up, FileEncoding::Binary);
+    EXPECT_EQ(result.status, WriteStatus::ContentFailed);
+    EXPECT_EQ(result.message,
+              reason.empty() ? "o conteúdo de nome.json não pôde ser produzido." : reason);
+    EXPECT_EQ(ReadText(target), "antes");
+    EXPECT_FALSE(std::filesystem::exists(temporary));
+  }
+  const auto break_stream = [](std::ostream& stream, std::string&) {
+    stream.setstate(std::ios::badbit);
+    return true;
+  };
+  EXPECT_EQ(WriteFileDurably(target, break_stream, FileEncoding::Binary).status,
+            WriteStatus::WriteFailed);
+}
+
+}  // namespace
+}  // namespace zorvik::core

@@ -1,0 +1,86 @@
+#include "core/json.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+namespace zorvik::core {
+namespace {
+
+constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+
+TEST(Json, LookupsThatFindNothingCanBeChained) {
+  Json object;
+  object.Set("n", Json::Int(1));
+  object.Set("list", Json::Array()).Add(Json::Text("a"));
+  EXPECT_EQ(&object.At("absent"), &Nothing);
+  EXPECT_EQ(&object[0], &Nothing);
+  EXPECT_EQ(&object.At("n").At("deeper"), &Nothing);
+  EXPECT_EQ(&object.At("list").At("a"), &Nothing);
+  EXPECT_EQ(&object.At("list")[1], &Nothing);
+  EXPECT_EQ(object.At("absent")[3].At("x").TextOr("fallback"), "fallback");
+  EXPECT_EQ(object.At("list")[0].TextOr("fallback"), "a");
+  EXPECT_TRUE(object.Has("n"));
+  EXPECT_FALSE(object.Has("nn"));
+  EXPECT_FALSE(object.At("list").Has("a"));
+}
+
+TEST(Json, ReadsScalarsOfItsKindOnly) {
+  const struct {
+    double number;
+    std::int64_t whole;
+    bool is_integer;
+  } cases[] = {
+      {3, 3, true},
+      {-0.0, 0, true},
+      {2.9, 2, false},
+      {-2.9, -2, false},
+      {9007199254740992.0, 9007199254740992, true},
+      {-9007199254740992.0, -9007199254740992, true},
+      {9007199254740994.0, 9007199254740994, false},
+      {-9223372036854775808.0, kLeast, false},
+      {9223372036854774784.0, 9223372036854774784, false},
+      {9223372036854775808.0, kLeast, false},
+      {-1e300, kLeast, false},
+      {std::numeric_limits<double>::quiet_NaN(), kLeast, false},
+      {std::numeric_limits<double>::infinity(), kLeast, false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Json::Number(c.number).IntOr(7), c.whole) << c.number;
+    EXPECT_EQ(Json::Number(c.number).IsInteger(), c.is_integer) << c.number;
+  }
+  EXPECT_EQ(Json::Int(9007199254740993).number, 9007199254740992.0);
+  EXPECT_EQ(Json::Text("1").IntOr(7), 7);
+  EXPECT_FALSE(Json::Text("1").IsInteger());
+  EXPECT_TRUE(Json::Int(0).BoolOr(true));
+  EXPECT_FALSE(Json::Bool(false).BoolOr(true));
+}
+
+TEST(Json, SetKeepsThePlaceOfAKey) {
+  Json object = Json::Text("lost");
+  object.Set("a", Json::Int(1));
+  object.Set("b", Json::Int(2));
+  EXPECT_EQ(&object.Set("a", Json::Text("new")), &object.fields[0].second);
+  EXPECT_EQ(WriteJson(object), R"({"a":"new","b":2})");
+  EXPECT_EQ(object.text, "");
+
+  Json list = object;
+  list.Add(Json::Int(3));
+  EXPECT_EQ(WriteJson(list), "[3]");
+  EXPECT_TRUE(list.fields.empty());
+  EXPECT_EQ(object.fields.size(), 2U);
+}
+
+TEST(Json, SetTakesAKeyOutOfWhatItDrops) {
+  Json json = Json::Text("a key that is too long to stand inside the string object");
+  json.Set(json.text, Json::Int(1));
+  for (int i = 0; i < 3; ++i) json.Set(json.fields.back().first + "!", Json());
+  EXPECT_EQ(json.At("a key that is too long to stand inside the string object!!!").kind,
+            Json::Kind::Null);
+  EXPECT_EQ(json.fields.size(), 4U);
+}
+
+}  // namespace
+}  // namespace zorvik::core

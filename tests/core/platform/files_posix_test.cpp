@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "core/editor_registry.h"
+#include "core/file_write.h"
+#include "core/platform/files.h"
+#include "core/platform/process.h"
+#include "tests/support/temporary_home.h"
+
+namespace zorvik::core::platform {
+namespace {
+
+unsigned Rights(const std::filesystem::path& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
+}
+
+TEST(FilesPosixTest, WhatIsWrittenIsReadableByItsUserAlone) {
+  const tests::TemporaryHome home;
+  chmod(home.Path().c_str(), 0755);
+  const std::filesystem::path target = home.Path() / "a" / "b" / "x";
+  const std::filesystem::path bystander = home.Path() / "alheio";
+  tests::WriteText(bystander, "intacto");
+  const mode_t mask = umask(0);
+  EXPECT_EQ(WriteFileDurably(target, "1", FileEncoding::Binary).message, "");
+  EXPECT_EQ(Rights(target), 0600U);
+
+  // Leftovers with other rights, or that lead elsewhere, take nothing in and give nothing away.
+  tests::WriteText(target.string() + ".tmp", "resto");
+  chmod((target.string() + ".tmp").c_str(), 0666);
+  EXPECT_EQ(WriteFileDurably(target, "2", FileEncoding::Binary).message, "");
+  EXPECT_EQ(Rights(target), 0600U);
+  std::filesystem::create_symlink(bystander, target.string() + ".tmp");
+  EXPECT_EQ(WriteFileDurably(target, "3", FileEncoding::Binary).message, "");
+  umask(mask);
+  EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(target)));
+  EXPECT_EQ(tests::ReadText(target), "3");
+  EXPECT_EQ(tests::ReadText(bystander), "intacto");
+  EXPECT_EQ(Rights(home.Path() / "a"), 0700U);
+  EXPECT_EQ(Rights(home.Path() / "a" / "b"), 0700U);
+  EXPECT_EQ(Rights(home.Path()), 0755U);
+}
+
+TEST(FilesPosixTest, ListingTheRegistryPassesOverWhateverStandsThere) {
+  const tests::TemporaryHome home;
+  std::filesystem::create_directories(home.Editors() / "pasta.json");
+  ASSERT_EQ(mkfifo((home.Editors() / "fila.json").c_str(), 0600), 0);
+  std::filesystem::create_symlink("nada", home.Editors() / "solto.json");
+  std::filesystem::create_symlink("eu.json", home.Editors() / "eu.json");
+  const std::string live = R"({"pipe":"p","pid":)" + std::to_string(ProcessId()) + "}";
+  tests::WriteText(home.Editors() / "fechado.json", live);
+  chmod((home.Editors() / "fechado.json").c_str(), 0);
+  tests::WriteText(home.Editors() / "z.json", live);
+  // Root reads what nobody may.
+  EXPECT_EQ(ListEditorRecords().size(), geteuid() == 0 ? 2U : 1U);
+  const std::filesystem::directory_iterator entries(home.Editors());
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 6);
+}
+
+TEST(ProcessPosixTest, AZombieIsNotRunningAndSomebodyElsesProcessIs) {
+  EXPECT_TRUE(ProcessRunning(1));
+  const pid_t child = fork();
+  if (child == 0) _exit(0);
+  siginfo_t info = {};
+  ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT), 0);
+  EXPECT_FALSE(ProcessRunning(static_cast<std::uint64_t>(child)));
+  waitpid(child, nullptr, 0);
+  EXPECT_FALSE(ProcessRunning(static_cast<std::uint64_t>(child)));
+}
+
+}  // namespace
+}  // namespace zorvik::core::platform

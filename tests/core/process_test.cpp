@@ -1,0 +1,72 @@
+#include "core/process.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <limits>
+#include <regex>
+#include <set>
+
+#include "core/win32.h"
+
+namespace zorvik::core {
+namespace {
+
+TEST(ProcessTest, ThisProcessIsAliveAndImpossibleOnesAreNot) {
+  EXPECT_TRUE(ProcessAlive(CurrentProcessId()));
+  // Among them the numbers that a narrower type would turn into this process, or into -1.
+  for (const std::uint64_t pid :
+       {std::uint64_t{0}, (std::uint64_t{1} << 32) + CurrentProcessId(), std::uint64_t{0x7FFFFFFF},
+        std::uint64_t{0xFFFFFFFF}, std::numeric_limits<std::uint64_t>::max()}) {
+    EXPECT_FALSE(ProcessAlive(pid)) << pid;
+  }
+}
+
+TEST(ProcessTest, RandomHexGivesTwoDigitsAByteAndNoTwoAlike) {
+  std::set<std::string> seen;
+  for (const int bytes : {16, 16, 16, 1000}) {
+    const std::string text = RandomHex(bytes);
+    EXPECT_EQ(text.size(), static_cast<std::size_t>(bytes) * 2);
+    EXPECT_EQ(text.find_first_not_of("0123456789abcdef"), std::string::npos) << text;
+    EXPECT_TRUE(seen.insert(text).second);
+  }
+  EXPECT_EQ(RandomHex(0).size(), 2U);
+  EXPECT_EQ(RandomHex(-3).size(), 2U);
+}
+
+TEST(ProcessTest, TheFallbackMixesCounterAndProcessId) {
+  std::array<unsigned char, 9> bytes = {};
+  FillFromCounter(bytes.data(), bytes.size(), 0x8877665544332211, 1000);
+  // 1000 * -125 is -125000, whose low 8 bits are 0xB8; each byte further takes 17 off.
+  const std::array<unsigned char, 9> expected = {0xB8 ^ 0x11, 0xA7 ^ 0x22, 0x96 ^ 0x33,
+                                                 0x85 ^ 0x44, 0x74 ^ 0x55, 0x63 ^ 0x66,
+                                                 0x52 ^ 0x77, 0x41 ^ 0x88, 0x30 ^ 0x11};
+  EXPECT_EQ(bytes, expected);
+}
+
+TEST(ProcessTest, TimestampAndSleep) {
+  EXPECT_TRUE(std::regex_match(LocalTimestamp(),
+                               std::regex(R"(20\d\d-[01]\d-[0-3]\dT[0-2]\d:[0-5]\d:[0-6]\d)")));
+  const auto start = std::chrono::steady_clock::now();
+  SleepMilliseconds(-5);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  SleepMilliseconds(20);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(15));
+}
+
+TEST(Win32Test, PathsAndGraphicsLookups) {
+  EXPECT_EQ(win32::NarrowPath(win32::WidePath("pasta/arquivo")), "pasta/arquivo");
+  EXPECT_TRUE(win32::WidePath("").empty());
+  EXPECT_TRUE(win32::NarrowPath({}).empty());
+  EXPECT_TRUE(std::filesystem::is_regular_file(win32::ExecutablePath()));
+  EXPECT_EQ(win32::GlProcAddress("zorvikNoSuchFunction") == nullptr ||
+                win32::GlProcAddress("glGetString") != nullptr,
+            true);
+  win32::RetireGlContext();
+  EXPECT_EQ(win32::CurrentGlContext(), 0U);
+}
+
+}  // namespace
+}  // namespace zorvik::core
