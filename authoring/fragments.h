@@ -10,6 +10,14 @@
 // base gives back a copy of it with its own fields behind.
 namespace zorvik::authoring {
 
+// The closing sentence of a row whose call changes everything or nothing.
+inline constexpr const char* kAllOrNothing =
+    "Uma transacao: se qualquer item for invalido, nada e aplicado e o erro diz qual.";
+// The closing sentence of the generators that turn stored parameters into content.
+inline constexpr const char* kRunsAsJob =
+    "Roda como job: espera ate wait_ms e devolve o resultado, ou devolve job_id para jobs_get; ao "
+    "aplicar, confere o que a pessoa mudou nos mesmos elementos enquanto calculava (conflict).";
+
 // Makes a row. `output_description` names in words the members that the tool adds to its answer.
 ToolSpec Tool(const char* name, const char* operation, const char* title, ToolKind kind,
               std::string description, const Schema& input, std::string_view output_description,
@@ -18,14 +26,33 @@ ToolSpec Tool(const char* name, const char* operation, const char* title, ToolKi
 // The output schema that all rows share; only its description differs.
 Schema Envelope(std::string_view description);
 
+// How an input starts and ends. A row is one of these four:
+//   Mutation(Schema::Object("").Field(...))   a document change: its own fields in front
+//   EditorAction(ForEditor().Field(...))      changes something, with no transaction to undo
+//   ForEditor().Field(...).Closed()           everything else that needs an editor
+//   Schema::Object("").Closed()               no editor at all
+
+// An input with the field `editor_id` in front, open for the row's own fields.
+Schema ForEditor();
+// The six fields of a document change; closes the object.
+Schema Mutation(Schema base);
+// `request_id` and `wait_ms`, both without a description; closes the object.
+Schema EditorAction(Schema base);
+
 // The field `editor_id`.
 Schema EditorId();
 // The fields `cursor` and `limit` of the paged reading tools.
 Schema Cursor();
 Schema Limit();
 
-// The six fields of a document change; closes the object.
-Schema Mutation(Schema base);
+// An id that the editor gave: an integer from 1.
+Schema Id(std::string_view description);
+// 1 to `max_items` of them.
+Schema Ids(int max_items, std::string_view description);
+// The seed of a generator: an unsigned 32-bit integer.
+Schema Seed(std::string_view description);
+// A color: exactly three times `component`.
+Schema Rgb(Schema component, std::string_view description);
 
 // A rectangle on the ground.
 Schema Bounds(std::string_view description);
@@ -34,6 +61,8 @@ Schema Near();
 Schema Point2();
 // Three optional components.
 Schema Vec3(std::string_view description);
+// The body of who walks.
+Schema Body(std::string_view description);
 
 // Brush strokes: `sculpt` for the terrain, otherwise for painting.
 Schema Strokes(bool sculpt);

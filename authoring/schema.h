@@ -19,7 +19,7 @@ class Schema {
   static Schema Integer(std::string_view description);
   static Schema String(std::string_view description);
   static Schema Boolean(std::string_view description);
-  static Schema Array(const Schema& items, std::string_view description);
+  static Schema Array(Schema items, std::string_view description);
 
   Schema& Min(double limit);
   Schema& Max(double limit);
@@ -33,7 +33,7 @@ class Schema {
   Schema& Open();
   // Declares a field, or replaces its schema in its old place. A required one is appended to
   // `required`, each time it is given.
-  Schema& Field(std::string_view name, const Schema& schema, bool required);
+  Schema& Field(std::string_view name, Schema schema, bool required);
 
   const core::Json& Document() const { return document; }
 
