@@ -11,14 +11,14 @@ namespace zorvik::mcp {
 class LogFile {
  public:
   // An empty path means standard error only. A file that is there already is not read.
-  explicit LogFile(std::filesystem::path path);
+  explicit LogFile(std::filesystem::path file);
 
   // Never fails: a line that couldn't be written to the file goes there with the next one.
-  void Line(const std::string& text);
+  void Line(const std::string& line);
 
  private:
   std::filesystem::path path;
-  std::string text;
+  std::string text;  // All that the file is to hold.
 };
 
 }  // namespace zorvik::mcp

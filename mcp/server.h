@@ -18,8 +18,9 @@ namespace zorvik::mcp {
 // Turns lines of JSON-RPC into work and work into lines of JSON-RPC. It has no threads, knows no
 // streams, and never waits for an editor: a forwarded call is answered by a later Poll.
 //
-// The parts of it: dispatch.cpp (lines, batches, methods), eras.cpp (protocol versions), shaping.cpp
-// (tool lists and results), tool_calls.cpp (a call up to the editor), pending_calls.cpp (its end).
+// The parts of it: dispatch.cpp (lines, batches, methods), eras.cpp (protocol versions),
+// shaping.cpp (tool lists and results), tool_calls.cpp (a call up to the editor), pending_calls.cpp
+// (its end).
 class Server {
  public:
   using Clock = std::chrono::steady_clock;
@@ -27,8 +28,8 @@ class Server {
   using Logger = std::function<void(const std::string&)>;
   using Now = std::function<Clock::time_point()>;
 
-  // `editors` must outlive the server. `sender` writes one protocol line; `logger` one log line, and
-  // may be empty. `clock` is that of the deadlines.
+  // `editors` must outlive the server. `sender` writes one protocol line; `logger` one log line,
+  // and may be empty. `clock` is that of the deadlines.
   Server(EditorGateway& editors, Sender sender, Logger logger, Now clock = Clock::now);
 
   // Handles one line, without its line feed, and writes any answer that is due now.

@@ -1,0 +1,59 @@
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "authoring/protocols.h"
+#include "core/editor_registry.h"
+#include "core/platform/files.h"
+#include "core/platform/streams.h"
+#include "core/process.h"
+#include "core/stdio_channel.h"
+#include "mcp/command_line.h"
+#include "mcp/log_file.h"
+#include "mcp/pipe_gateway.h"
+#include "mcp/server.h"
+
+namespace {
+
+constexpr int kIdleSleepMs = 4;
+constexpr int kBusySleepMs = 1;
+
+// Moves lines between the client and the server until input ends or output breaks.
+void Run(zorvik::mcp::LogFile& log) {
+  zorvik::core::StdioChannel channel;
+  zorvik::mcp::PipeGateway gateway;
+  bool output_alive = true;
+  zorvik::mcp::Server server(
+      gateway,
+      [&](std::string line) {
+        if (!channel.Write(std::move(line))) output_alive = false;
+      },
+      [&](const std::string& text) { log.Line(text); });
+
+  bool closed = false;
+  while (!closed && output_alive) {
+    std::vector<std::string> lines;
+    channel.Poll(lines, closed);
+    for (const std::string& line : lines) server.Receive(line);
+    server.Poll();
+    if (lines.empty() && !closed && output_alive) {
+      zorvik::core::SleepMilliseconds(server.PendingCount() != 0 ? kBusySleepMs : kIdleSleepMs);
+    }
+  }
+  log.Line("encerrado");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  zorvik::core::platform::PrepareStandardStreams();
+  if (zorvik::mcp::ServeInformationOption(argc, argv)) return 0;
+  const std::filesystem::path home = zorvik::core::McpHome();
+  zorvik::mcp::LogFile log(
+      home / "logs" / ("zorvik_mcp-" + std::to_string(zorvik::core::CurrentProcessId()) + ".log"));
+  log.Line(std::string("iniciado: ") + zorvik::authoring::kServerName + " " +
+           zorvik::authoring::kServerVersion + ", registro em " +
+           zorvik::core::platform::PathText(home));
+  Run(log);
+  return 0;
+}

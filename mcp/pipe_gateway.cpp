@@ -1,0 +1,67 @@
+#include "mcp/pipe_gateway.h"
+
+#include <utility>
+
+#include "authoring/protocols.h"
+#include "core/json.h"
+
+namespace zorvik::mcp {
+
+using core::EditorRecord;
+using core::Json;
+
+namespace {
+
+constexpr std::int32_t kConnectTimeoutMs = 3000;
+
+Json Hello(const std::string& token) {
+  Json hello = Json::Object();
+  hello.Set("id", Json::Int(0));
+  hello.Set("op", Json::Text("hello"));
+  hello.Set("token", Json::Text(token));
+  hello.Set("bridge", Json::Text(authoring::kBridgeProtocol));
+  return hello;
+}
+
+}  // namespace
+
+std::vector<EditorRecord> PipeGateway::List() {
+  return core::ListEditorRecords();
+}
+
+bool PipeGateway::Send(const EditorRecord& editor, const Json& request, std::string& error) {
+  std::unique_ptr<Link>& link = links[editor.editor_id];
+  if (!link) link = std::make_unique<Link>();
+  if (!link->client.Connected() || link->record.pipe != editor.pipe) {
+    link->record = editor;
+    if (!link->client.Connect(editor.pipe, kConnectTimeoutMs, error)) return false;
+    // The answer is not waited for: a refusal shows in a later Poll.
+    if (!link->client.Send(core::WriteJson(Hello(editor.token)), error)) return false;
+  }
+  return link->client.Send(core::WriteJson(request), error);
+}
+
+void PipeGateway::Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) {
+  for (auto& [editor, link] : links) {
+    if (!link->client.Connected()) continue;
+    std::vector<std::string> lines;
+    std::string error;
+    const bool alive = link->client.Receive(lines, error);
+    for (std::string& line : lines) {
+      Json message;
+      const bool valid = core::ParseJson(line, message, error);
+      // An answer with an image is large; its line is of no use any more.
+      std::string().swap(line);
+      if (!valid) continue;
+      if (message.At("id").IntOr(-1) != 0) {
+        replies.push_back(Reply{editor, std::move(message)});
+      } else if (!message.At("ok").BoolOr(false)) {
+        link->client.Close();
+        lost.push_back(editor);
+      }
+    }
+    if (!alive) lost.push_back(editor);
+  }
+}
+
+}  // namespace zorvik::mcp

@@ -1,0 +1,144 @@
+#include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "authoring/catalog.h"
+#include "authoring/validate.h"
+#include "core/json.h"
+#include "mcp/json_fields.h"
+#include "mcp/json_rpc.h"
+#include "mcp/server.h"
+
+namespace zorvik::mcp {
+
+using core::EditorRecord;
+using core::Json;
+
+namespace {
+
+bool ValidArguments(const authoring::ToolSpec& tool, const Json& arguments, std::string& field,
+                    std::string& reason) {
+  if (arguments.kind == Json::Kind::Object) {
+    return authoring::Validate(tool.input, arguments, field, reason);
+  }
+  reason = "arguments deve ser um objeto";
+  return false;
+}
+
+// The arguments as an editor gets them: which editor was meant is the server's business.
+Json ForwardedArguments(Json arguments) {
+  Json forwarded = Json::Object();
+  forwarded.fields.reserve(arguments.fields.size());
+  for (auto& [key, value] : arguments.fields) {
+    if (key != "editor_id") forwarded.fields.emplace_back(std::move(key), std::move(value));
+  }
+  return forwarded;
+}
+
+}  // namespace
+
+Json Server::CallTool(const Json& id, const Era& era, Json params) {
+  const std::string name = params.At("name").TextOr("");
+  const authoring::ToolSpec* tool = authoring::FindTool(name);
+  if (tool == nullptr) return Failure(id, kInvalidParams, "Unknown tool: " + name, Json());
+
+  Json arguments = TakeField(params, "arguments");
+  if (arguments.kind == Json::Kind::Null) arguments = Json::Object();
+  std::string field;
+  std::string reason;
+  if (!ValidArguments(*tool, arguments, field, reason)) {
+    const std::string place = field.empty() ? "" : " em " + field;
+    Json details = Json::Object();
+    details.Set("field", Json::Text(field));
+    details.Set("reason", Json::Text(reason));
+    return ToolAnswer(
+        id, era,
+        ToolError("invalid_argument", "Argumento invalido" + place + ": " + reason,
+                  "Confira o inputSchema de " + tool->name + ".", std::move(details)));
+  }
+  if (tool->local) return ToolAnswer(id, era, EditorList());
+
+  std::vector<EditorRecord> records;
+  Json refusal;
+  const EditorRecord* editor = Target(arguments, records, refusal);
+  if (editor == nullptr) return ToolAnswer(id, era, std::move(refusal));
+
+  const std::uint64_t bridge_id = next_id++;
+  Json request = Json::Object();
+  request.Set("id", Json::Number(static_cast<double>(bridge_id)));
+  request.Set("token", Json::Text(editor->token));
+  request.Set("op", Json::Text(tool->operation));
+  request.Set("args", ForwardedArguments(std::move(arguments)));
+  request.Set("client", Json::Text(client_label.empty() ? "cliente MCP" : client_label));
+  request.Set("deadline_ms", Json::Int(deadline_ms));
+  std::string error;
+  if (!gateway.Send(*editor, request, error)) {
+    return ToolAnswer(id, era,
+                      ToolError("editor_disconnected",
+                                "Sem conexao com o editor " + editor->editor_id + ": " + error,
+                                "O editor pode ter fechado; chame editor_list.", Json()));
+  }
+
+  Pending call;
+  call.id = id;
+  call.era = era;
+  call.tool = tool->name;
+  call.editor = editor->editor_id;
+  call.bridge_id = bridge_id;
+  call.started = now();
+  call.deadline = call.started + std::chrono::milliseconds(deadline_ms);
+  pending.emplace(bridge_id, std::move(call));
+  return Json();
+}
+
+const EditorRecord* Server::Target(const Json& arguments, std::vector<EditorRecord>& records,
+                                   Json& error) {
+  records = gateway.List();
+  const std::string wanted = arguments.At("editor_id").TextOr("");
+  for (const EditorRecord& record : records) {
+    if (wanted.empty() ? records.size() == 1 : record.editor_id == wanted) return &record;
+  }
+
+  if (wanted.empty() && records.empty()) {
+    error = ToolError("no_editor", "Nenhum editor de mundo da ZORVIK aberto com a ponte de IA.",
+                      "Abra o editor (zorvik_studio) no projeto e confira Executar > Permitir IA.",
+                      Json());
+    return nullptr;
+  }
+  Json ids = Json::Array();
+  for (const EditorRecord& record : records) ids.Add(Json::Text(record.editor_id));
+  Json details = Json::Object();
+  details.Set("editors", std::move(ids));
+  if (wanted.empty()) {
+    error =
+        ToolError("ambiguous_editor", "Ha " + std::to_string(records.size()) + " editores abertos.",
+                  "Passe editor_id (editor_list mostra os ids).", std::move(details));
+  } else {
+    error = ToolError("editor_disconnected", "O editor " + wanted + " nao esta aberto (ou fechou).",
+                      "Chame editor_list e use um dos ids.", std::move(details));
+  }
+  return nullptr;
+}
+
+Json Server::EditorList() {
+  Json editors = Json::Array();
+  for (EditorRecord& record : gateway.List()) {
+    Json& editor = editors.Add(Json::Object());
+    editor.Set("editor_id", Json::Text(std::move(record.editor_id)));
+    editor.Set("pid", Json::Int(record.pid));
+    editor.Set("project", Json::Text(std::move(record.project)));
+    editor.Set("project_name", Json::Text(std::move(record.project_name)));
+    editor.Set("world", Json::Text(std::move(record.world)));
+    editor.Set("world_id", Json::Text(std::move(record.world_id)));
+    editor.Set("bridge", Json::Text(std::move(record.bridge)));
+    editor.Set("engine_version", Json::Text(std::move(record.engine_version)));
+    editor.Set("started", Json::Text(std::move(record.started)));
+  }
+  Json document = Json::Object();
+  document.Set("ok", Json::Bool(true));
+  document.Set("editors", std::move(editors));
+  return document;
+}
+
+}  // namespace zorvik::mcp

@@ -1,0 +1,59 @@
+#include "mcp/log_file.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "core/file_write.h"
+#include "tests/support/temporary_home.h"
+
+namespace zorvik::mcp {
+namespace {
+
+using tests::ReadText;
+
+class LogFileTest : public testing::Test {
+ protected:
+  // Logs without showing it and returns what standard error got.
+  static std::string Log(LogFile& log, const std::string& line) {
+    testing::internal::CaptureStderr();
+    log.Line(line);
+    return testing::internal::GetCapturedStderr();
+  }
+
+  tests::TemporaryHome home;
+  std::filesystem::path path = home.Path() / "logs" / "x.log";
+};
+
+TEST_F(LogFileTest, EachLineGoesToStandardErrorAndStampedToTheFile) {
+  tests::WriteText(path, "de antes\n");
+  LogFile log(path);
+  EXPECT_EQ(Log(log, "100% iniciado"), "[zorvik_mcp] 100% iniciado\n");
+  core::InjectWriteFailure(core::WriteStep::ReplaceTarget);
+  EXPECT_EQ(Log(log, "perdida"), "[zorvik_mcp] perdida\n");
+  Log(log, "fim");
+  const std::string stamp = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d )";
+  const std::string text = ReadText(path);
+  EXPECT_TRUE(std::regex_match(
+      text, std::regex(stamp + "100% iniciado\n" + stamp + "perdida\n" + stamp + "fim\n")))
+      << text;
+  LogFile no_file{{}};
+  EXPECT_EQ(Log(no_file, "x"), "[zorvik_mcp] x\n");
+}
+
+TEST_F(LogFileTest, ShrinksToItsLast128KiBWhenItOutgrows256) {
+  constexpr std::size_t kStamp = 20;
+  LogFile log(path);
+  Log(log, std::string(262'144 - kStamp - 1, 'a'));
+  EXPECT_EQ(ReadText(path).size(), 262'144U);
+  Log(log, "b");
+  const std::string cut = ReadText(path);
+  ASSERT_EQ(cut.size(), 131'072U);
+  EXPECT_EQ(cut.substr(0, 2), "aa");
+  EXPECT_EQ(cut.substr(cut.size() - 3), " b\n");
+  Log(log, "c");
+  EXPECT_EQ(ReadText(path).size(), 131'072U + kStamp + 2);
+}
+
+}  // namespace
+}  // namespace zorvik::mcp
