@@ -1,0 +1,95 @@
+// The catalog's schemas, read by a JSON Schema validator that others wrote: it accepts each of them,
+// and comes to the same verdict as the server on arguments near every limit.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { Ajv2020 } from 'ajv/dist/2020.js';
+import { startRawServer, temporaryHome } from './support.mjs';
+
+const ajv = new Ajv2020({ strict: true, strictRequired: true });
+
+// A small value that fits the schema: required fields only, everything at its lower limit.
+function fitting(schema) {
+  switch (schema.type) {
+    case 'object':
+      return Object.fromEntries(
+        (schema.required ?? []).map((name) => [name, fitting(schema.properties[name])]),
+      );
+    case 'array':
+      return Array.from({ length: schema.minItems ?? 0 }, () => fitting(schema.items));
+    case 'string':
+      return schema.enum?.[0] ?? 'é'.repeat(schema.minLength ?? 1);
+    case 'boolean':
+      return true;
+    default:
+      return schema.minimum ?? Math.min(0, schema.maximum ?? 0);
+  }
+}
+
+// Values on both sides of every limit that the node itself states, and values of other kinds.
+function nearLimits(schema) {
+  const values = [null, 'x', 1.5, -1, true, [], {}, 1e300, 9007199254740992];
+  for (const limit of [schema.minimum, schema.maximum]) {
+    if (limit !== undefined) values.push(limit, limit - 1, limit + 1, limit - 0.001, limit + 0.001);
+  }
+  for (const length of [schema.minLength, schema.maxLength]) {
+    if (length !== undefined) {
+      for (const n of [length - 1, length, length + 1]) values.push('ç'.repeat(Math.max(n, 0)));
+    }
+  }
+  for (const count of [schema.minItems, schema.maxItems]) {
+    if (count !== undefined) {
+      for (const n of [count - 1, count, count + 1]) {
+        values.push(Array.from({ length: Math.max(n, 0) }, () => fitting(schema.items)));
+      }
+    }
+  }
+  return values.concat(schema.enum ?? []);
+}
+
+// Documents that differ from a fitting one in a single place, for every place of the schema.
+function* variations(schema) {
+  yield* nearLimits(schema);
+  const base = fitting(schema);
+  if (schema.type === 'object') {
+    yield { ...base, unknown: 1 };
+    for (const name of Object.keys(base)) {
+      const { [name]: left, ...rest } = base;
+      yield rest;
+    }
+    for (const [name, field] of Object.entries(schema.properties)) {
+      for (const value of variations(field)) yield { ...base, [name]: value };
+    }
+  } else if (schema.type === 'array') {
+    const rest = base.slice(1);
+    for (const value of variations(schema.items)) yield [...rest, value];
+  }
+}
+
+test('every schema is accepted, and both validators agree', { timeout: 300_000 }, async (t) => {
+  const server = startRawServer(t, temporaryHome(t));
+  await server.ask({ id: 0, method: 'initialize', params: { protocolVersion: '2025-11-25' } });
+  const { result } = await server.ask({ id: 0, method: 'tools/list' });
+  let accepted = 0;
+  let refused = 0;
+  for (const tool of result.tools) {
+    ajv.compile(tool.outputSchema);
+    const agrees = ajv.compile(tool.inputSchema);
+    for (const args of variations(tool.inputSchema)) {
+      // Arguments of null are the same as none for the server, and a list of arguments is refused
+      // before the schema is asked.
+      if (args === null || typeof args !== 'object' || Array.isArray(args)) continue;
+      const answer = await server.ask({
+        id: 1,
+        method: 'tools/call',
+        params: { name: tool.name, arguments: args },
+      });
+      const { error } = answer.result.structuredContent;
+      const valid = error?.code !== 'invalid_argument';
+      valid ? ++accepted : ++refused;
+      assert.equal(valid, agrees(args), `${tool.name} ${JSON.stringify(args)}: ${error?.message}`);
+    }
+  }
+  // So that an empty generator can't pass for agreement.
+  assert.ok(accepted > 1000 && refused > 5000, `${accepted} accepted, ${refused} refused`);
+  t.diagnostic(`${accepted} accepted, ${refused} refused by both`);
+});
