@@ -189,8 +189,7 @@ std::uint32_t Claim(const Place& place, Descriptor& claim) {
 }
 
 Descriptor NewSocket() {
-  Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-  return socket;
+  return Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
 }
 
 // The default will do as well if this fails.

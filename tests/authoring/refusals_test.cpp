@@ -127,6 +127,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"objects_create", InObject(R"("scale_xyz":{"x":9},"parent":0,"tint_hex":"zzzzzzz")")},
         Case{"objects_create", InObject(R"("tint":[1,1])"), "objects[0].tint",
              "deveria ter pelo menos 3 itens"},
+        Case{"objects_create", InObject(R"("tint_hex":"#fffff")"), "objects[0].tint_hex",
+             "deveria ter pelo menos 7 caracteres"},
         Case{"objects_create", InObject(R"("tint":[1,1,3])"), "objects[0].tint[2]",
              "deveria ser no maximo 2"},
         Case{"objects_delete", R"({"ids":[1],"request_id":""})", "request_id",

@@ -59,6 +59,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{R"({"enum":["smooth","linear"]})", R"("linear")", "", ""},
         Case{R"({"enum":["a",1,2.5,null]})", "null", "", "deveria ser um de: a 1 2.500000 0"},
         Case{R"({"enum":["1",1]})", "1.0", "", ""},
+        Case{R"({"enum":[1,3]})", "2", "", "deveria ser um de: 1 3"},
         Case{R"({"enum":[]})", "1", "", "deveria ser um de:"},
         Case{R"({"type":"string","enum":["a"]})", "1", "", "deveria ser um texto"},
         Case{R"({"minimum":1})", "0.99999", "", "deveria ser no minimo 1"},

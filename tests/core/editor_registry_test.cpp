@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "core/process.h"
 #include "tests/support/temporary_home.h"

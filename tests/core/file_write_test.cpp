@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <ostream>
+#include <string>
 
 #include "core/platform/files.h"
 #include "tests/support/temporary_home.h"

@@ -216,12 +216,13 @@ class LimitTest : public LocalPipeTest, public testing::WithParamInterface<std::
 
 TEST_P(LimitTest, OneClientAtATime) {
   OpenAndConnect(GetParam());
-  LocalPipeClient second;
+  LocalPipeClient hasty([] { return 0; });  // Whose time is always up at once or never.
   for (const std::int32_t timeout_ms : {0, -5}) {
     error.clear();
-    EXPECT_FALSE(second.Connect(name, timeout_ms, error));
+    EXPECT_FALSE(hasty.Connect(name, timeout_ms, error));
     EXPECT_EQ(error, busy);
   }
+  LocalPipeClient second;
   const auto begin = Clock::now();
   EXPECT_FALSE(second.Connect(name, 300, error));
   EXPECT_EQ(error, busy);
@@ -309,19 +310,24 @@ TEST_F(LocalPipeTest, CloseCutsOffWithoutReportsAndIdsGoOn) {
   EXPECT_TRUE(closed.empty());
 }
 
-TEST_F(LocalPipeTest, ConnectDropsTheOldConnectionFirst) {
+TEST_F(LocalPipeTest, ConnectDropsTheOldConnectionAndItsQueueFirst) {
   OpenAndConnect();
+  ASSERT_TRUE(client.Send(std::string(8'000'000, 'x'), error));
+  ASSERT_TRUE(client.Send("nunca", error));
   EXPECT_FALSE(client.Connect(name + "-outro", 0, error));
   EXPECT_FALSE(client.Connected());
-  Poll();
+  Until([&] { return !closed.empty(); });
   EXPECT_EQ(closed, Ids{1});
-  EXPECT_TRUE(client.Connect(name, 0, error)) << error;
+  ASSERT_TRUE(client.Connect(name, 0, error)) << error;
+  ASSERT_TRUE(client.Send("um", error));
+  Until([&] { return !messages.empty(); });
+  EXPECT_EQ(Received(2), Lines{"um"});
 }
 
 TEST_F(LocalPipeTest, DropDeliversWhatWasQueued) {
   OpenAndConnect();
   ASSERT_TRUE(client.Send("tarde", error));
-  const Lines last = {"um", "dois", std::string(1'000'000, 'x')};
+  const Lines last = {"um", "dois", std::string(8'000'000, 'x')};
   for (const std::string& line : last) {
     ASSERT_TRUE(server.Send(1, line));
   }

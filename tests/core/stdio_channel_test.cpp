@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 #include "tests/support/byte_pipe.h"
 

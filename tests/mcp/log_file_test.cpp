@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <algorithm>
+#include <string>
 
 #include "core/file_write.h"
 #include "tests/support/temporary_home.h"
@@ -32,11 +33,13 @@ TEST_F(LogFileTest, EachLineGoesToStandardErrorAndStampedToTheFile) {
   core::InjectWriteFailure(core::WriteStep::ReplaceTarget);
   EXPECT_EQ(Log(log, "perdida"), "[zorvik_mcp] perdida\n");
   Log(log, "fim");
-  const std::string stamp = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d )";
-  const std::string text = ReadText(path);
-  EXPECT_TRUE(std::regex_match(
-      text, std::regex(stamp + "100% iniciado\n" + stamp + "perdida\n" + stamp + "fim\n")))
-      << text;
+  std::string text = ReadText(path);
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+  EXPECT_EQ(text,
+            "0000-00-00T00:00:00 000% iniciado\n"
+            "0000-00-00T00:00:00 perdida\n"
+            "0000-00-00T00:00:00 fim\n");
   LogFile no_file{{}};
   EXPECT_EQ(Log(no_file, "x"), "[zorvik_mcp] x\n");
 }

@@ -7,7 +7,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 #include "core/platform/streams.h"
 
@@ -64,19 +66,22 @@ TEST_P(StreamsPosixTest, PeekFindsTheEndOnlyBehindTheLastByte) {
 }
 
 TEST_P(StreamsPosixTest, PeekNeverMissesWhatWasWrittenJustBeforeTheEnd) {
-  for (int round = 0; round < 300; ++round) {
-    Ends fresh = GetParam()();
-    std::thread writer([&fresh] {
-      ASSERT_EQ(write(fresh.writer, "x", 1), 1);
-      close(fresh.writer);
-    });
+  std::vector<Ends> rounds(300);
+  for (Ends& round : rounds) round = GetParam()();
+  std::thread writer([&rounds] {
+    for (const Ends& round : rounds) {
+      EXPECT_EQ(write(round.writer, "x", 1), 1);
+      close(round.writer);
+    }
+  });
+  for (const Ends& round : rounds) {
     std::size_t count = 0;
     bool open = true;
-    while (open && count == 0) open = InputStream::Borrow(fresh.reader).Peek(count);
-    writer.join();
-    close(fresh.reader);
-    ASSERT_TRUE(open);
+    while (open && count == 0) open = InputStream::Borrow(round.reader).Peek(count);
+    EXPECT_TRUE(open);
+    close(round.reader);
   }
+  writer.join();
 }
 
 TEST_P(StreamsPosixTest, AStreamSetNotToBlockIsWaitedForAndSignalsAreOverlooked) {

@@ -1,0 +1,130 @@
+#include "examples/sample_editor/bridge.h"
+
+#include <utility>
+
+#include "authoring/catalog.h"
+#include "authoring/protocols.h"
+#include "examples/sample_editor/errors.h"
+#include "examples/sample_editor/operations.h"
+
+namespace zorvik::sample_editor {
+
+using core::Json;
+
+namespace {
+
+constexpr std::size_t kRememberedLimit = 1000;
+
+Json Success(const Json& id) {
+  Json reply = Json::Object();
+  reply.Set("id", id);
+  reply.Set("ok", Json::Bool(true));
+  return reply;
+}
+
+Json Failure(const Json& id, Json error) {
+  Json reply = Json::Object();
+  reply.Set("id", id);
+  reply.Set("ok", Json::Bool(false));
+  reply.Set("error", std::move(error));
+  return reply;
+}
+
+Json Unauthorized() {
+  return authoring::ErrorBody("unauthorized", "O token nao e o deste editor.",
+                              "Leia de novo o registro do editor.", Json());
+}
+
+bool ValidRequestId(const std::string& id) {
+  return id.find_first_not_of(
+             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.:-") ==
+         std::string::npos;
+}
+
+}  // namespace
+
+Bridge::Bridge(World& edited, core::LocalPipeServer& server, std::string secret)
+    : deliver([this](std::int32_t connection, const std::string& /*operation*/, const Json& reply) {
+        Send(connection, reply);
+      }),
+      withdraw([](std::int32_t, std::int64_t) {}),
+      world(edited),
+      pipe(server),
+      token(std::move(secret)) {}
+
+void Bridge::Handle(const core::LocalPipeServer::Message& message) {
+  Json request;
+  std::string fault;
+  // Without an id there is nobody to answer to.
+  if (!core::ParseJson(message.line, request, fault) || !request.At("id").IsInteger()) return;
+  const Json& id = request.At("id");
+  const std::string& operation = request.At("op").text;
+  if (operation == "hello") {
+    Hello(message.connection, request);
+  } else if (request.At("token").text != token || !accepted.contains(message.connection)) {
+    Send(message.connection, Failure(id, Unauthorized()));
+  } else if (operation == "cancel") {
+    withdraw(message.connection, request.At("target").IntOr(-1));
+    Send(message.connection, Success(id));
+  } else {
+    deliver(message.connection, operation, Answer(request));
+  }
+}
+
+void Bridge::Forget(std::int32_t connection) {
+  accepted.erase(connection);
+}
+
+void Bridge::Send(std::int32_t connection, const Json& message) {
+  pipe.Send(connection, core::WriteJson(message));
+}
+
+void Bridge::Hello(std::int32_t connection, const Json& message) {
+  if (message.At("token").text == token &&
+      message.At("bridge").text == authoring::kBridgeProtocol) {
+    accepted.insert(connection);
+    Send(connection, Success(Json::Int(0)));
+  } else {
+    Forget(connection);
+    Send(connection, Failure(Json::Int(0), Unauthorized()));
+    pipe.Drop(connection);
+  }
+}
+
+Json Bridge::Answer(const Json& request) {
+  const Json& id = request.At("id");
+  const Call call{request.At("op").text,
+                  request.At("args"),
+                  {"agent", request.At("client").TextOr("cliente MCP")}};
+  const std::string& request_id = call.args.At("request_id").text;
+  if (!ValidRequestId(request_id)) {
+    return Failure(id, InvalidArgument("request_id", "aceita so A-Z a-z 0-9 _ . : -"));
+  }
+  // Two clients may well count their requests alike.
+  const std::string key = call.author.client + '\n' + request_id;
+  if (const auto known = remembered.find(key); known != remembered.end()) {
+    Json reply = known->second;
+    reply.Set("id", id);
+    return reply;
+  }
+  Json result = Json::Object();
+  Json error;
+  if (!RunOperation(world, call, result, error)) return Failure(id, std::move(error));
+  Json reply = Success(id);
+  reply.Set("revision", Json::Int(world.revision));
+  reply.Set("result", std::move(result));
+  // A failed request has applied nothing, and may be repeated with better arguments.
+  if (!request_id.empty()) Remember(key, reply);
+  return reply;
+}
+
+void Bridge::Remember(const std::string& key, const Json& reply) {
+  remembered[key] = reply;
+  remembered_order.push_back(key);
+  if (remembered_order.size() > kRememberedLimit) {
+    remembered.erase(remembered_order.front());
+    remembered_order.pop_front();
+  }
+}
+
+}  // namespace zorvik::sample_editor

@@ -1,0 +1,184 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "authoring/catalog.h"
+#include "core/editor_registry.h"
+#include "core/file_write.h"
+#include "core/process.h"
+#include "examples/sample_editor/drawing.h"
+#include "examples/sample_editor/errors.h"
+#include "examples/sample_editor/operations.h"
+#include "examples/sample_editor/terrain.h"
+
+namespace zorvik::sample_editor {
+
+using core::Json;
+
+namespace {
+
+constexpr double kDefaultFov = 55;
+constexpr double kNarrowestFrame = 1;  // Metres; a single point has to be seen from somewhere.
+
+void Enclose(std::pair<Vec3, Vec3>& box, const Vec3& point) {
+  box.first = {std::min(box.first.x, point.x), std::min(box.first.y, point.y),
+               std::min(box.first.z, point.z)};
+  box.second = {std::max(box.second.x, point.x), std::max(box.second.y, point.y),
+                std::max(box.second.z, point.z)};
+}
+
+// The direction from what is framed to the camera.
+Vec3 ViewDirection(const std::string& view, double elevation) {
+  Vec3 flat{std::numbers::sqrt2 / 2, 0, std::numbers::sqrt2 / 2};  // South-east, for "iso".
+  if (view == "north") flat = {0, 0, -1};
+  if (view == "south" || view == "top") flat = {0, 0, 1};
+  if (view == "east") flat = {1, 0, 0};
+  if (view == "west") flat = {-1, 0, 0};
+  const double angle = elevation * std::numbers::pi / 180;
+  return flat * std::cos(angle) + Vec3{0, std::sin(angle), 0};
+}
+
+bool FramedBox(const Objects& objects, const Json& frame, std::pair<Vec3, Vec3>& box, Json& error) {
+  const double far_away = std::numeric_limits<double>::max();
+  box = {{far_away, far_away, far_away}, {-far_away, -far_away, -far_away}};
+  std::vector<std::int64_t> ids;
+  for (const Json& id : frame.At("ids").items) {
+    ids.push_back(id.IntOr(0));
+    if (Find(objects, ids.back()) != nullptr) continue;
+    error = ItemError("not_found", "frame.ids", ids.size() - 1, ids.back(),
+                      "O objeto " + std::to_string(ids.back()) + " nao existe.", "");
+    return false;
+  }
+  for (const std::int64_t id : WithDescendants(objects, ids)) {
+    const auto [low, high] = WorldBox(objects, *Find(objects, id));
+    Enclose(box, low);
+    Enclose(box, high);
+  }
+  const Json& bounds = frame.At("bounds");
+  if (frame.Has("bounds") || ids.empty()) {
+    for (const double x : {bounds.Has("min_x") ? bounds.At("min_x").number : -kTerrainHalf,
+                           bounds.Has("max_x") ? bounds.At("max_x").number : kTerrainHalf}) {
+      for (const double z : {bounds.Has("min_z") ? bounds.At("min_z").number : -kTerrainHalf,
+                             bounds.Has("max_z") ? bounds.At("max_z").number : kTerrainHalf}) {
+        Enclose(box, {x, GroundHeight(x, z), z});
+      }
+    }
+  }
+  return true;
+}
+
+bool ReadCamera(const Objects& objects, const Json& args, double aspect, Camera& camera,
+                Json& error) {
+  if (args.Has("camera")) {
+    const Json& given = args.At("camera");
+    camera.position = ReadVector(given.At("position"), {});
+    camera.target = ReadVector(given.At("target"), {});
+    camera.fov = given.Has("fov") ? given.At("fov").number : kDefaultFov;
+    const double distance = Length(camera.target - camera.position);
+    if (args.Has("frame")) {
+      error = InvalidArgument("frame", "camera ja diz de onde olhar");
+    } else if (!(distance > 0) || !std::isfinite(distance)) {
+      error = InvalidArgument("camera.target", "deveria ficar longe de position");
+    } else {
+      return true;
+    }
+    return false;
+  }
+  const Json& frame = args.At("frame");
+  std::pair<Vec3, Vec3> box;
+  if (!FramedBox(objects, frame, box, error)) return false;
+  const std::string view = frame.At("view").TextOr("iso");
+  double elevation = view == "iso" ? 35 : view == "top" ? 89 : 25;
+  if (frame.Has("elevation")) elevation = frame.At("elevation").number;
+  camera.fov = frame.Has("fov") ? frame.At("fov").number : kDefaultFov;
+  // Far enough for the sphere around the box to fit into the narrower side of the picture.
+  const double radius = std::max(Length(box.second - box.first) / 2, kNarrowestFrame);
+  const double half_fov =
+      std::atan(std::tan(camera.fov * std::numbers::pi / 360) * std::min(1.0, aspect));
+  camera.target = (box.first + box.second) * 0.5;
+  camera.position = camera.target + ViewDirection(view, elevation) * (radius / std::sin(half_fov));
+  if (std::isfinite(Length(camera.position))) return true;
+  error = InvalidArgument("frame", "grande demais para enquadrar");
+  return false;
+}
+
+Json Statistics(const Picture& picture) {
+  std::array<double, 3> mean{};
+  for (const std::uint8_t pixel : picture.pixels) {
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      mean[channel] +=
+          picture.palette[pixel][channel] / 255.0 / static_cast<double>(picture.pixels.size());
+    }
+  }
+  const double luminance = 0.2126 * mean[0] + 0.7152 * mean[1] + 0.0722 * mean[2];
+  Json statistics = Json::Object();
+  statistics.Set("luminance", Json::Number(luminance));
+  statistics.Set("cb", Json::Number((mean[2] - luminance) / 1.8556));
+  statistics.Set("cr", Json::Number((mean[0] - luminance) / 1.5748));
+  statistics.Set("gpu_ms", Json::Object());  // Drawn without a graphics card.
+  return statistics;
+}
+
+bool SaveCapture(const std::string& png, std::string& path, Json& error) {
+  static int number = 0;
+  const std::filesystem::path file = core::McpHome() / "captures" /
+                                     ("captura-" + std::to_string(core::CurrentProcessId()) + "-" +
+                                      std::to_string(++number) + ".png");
+  const core::WriteResult written = core::WriteFileDurably(file, png, core::FileEncoding::Binary);
+  const std::u8string utf8 = file.u8string();
+  path.assign(utf8.begin(), utf8.end());
+  if (written.status == core::WriteStatus::Ok) return true;
+  error = authoring::ErrorBody("io_error", written.message, "", Json());
+  return false;
+}
+
+}  // namespace
+
+bool InspectCapture(World& world, const Call& call, Json& result, Json& error) {
+  const std::string shading = call.args.At("shading").TextOr("lit");
+  if (shading != "lit" && shading != "unlit") {
+    error = authoring::ErrorBody("unsupported", "Este editor nao tem a vista " + shading + ".",
+                                 "Use shading lit ou unlit.", Json());
+    return false;
+  }
+  const auto width = static_cast<std::uint32_t>(call.args.At("width").IntOr(960));
+  const auto height = static_cast<std::uint32_t>(call.args.At("height").IntOr(540));
+  Camera camera;
+  if (!ReadCamera(world.objects, call.args, static_cast<double>(width) / height, camera, error)) {
+    return false;
+  }
+  const Picture picture = DrawWorld(world.objects, camera, width, height, shading == "lit");
+  const std::string png = WritePng(picture);
+  std::string file;
+  if (!SaveCapture(png, file, error)) return false;
+
+  result.Set("file", Json::Text(file));
+  result.Set("width", Json::Int(width));
+  result.Set("height", Json::Int(height));
+  result.Set("rendered_revision", Json::Int(world.revision));
+  // The drawing is made from the world itself, at once, so that nothing can be pending.
+  result.Set("complete", Json::Bool(true));
+  result.Set("pending", Json::Array());
+  Json& used = result.Set("camera", Json::Object());
+  used.Set("position", VectorJson(camera.position));
+  used.Set("target", VectorJson(camera.target));
+  used.Set("fov", Json::Number(camera.fov));
+  result.Set("profile", Json::Text("exemplo"));
+  result.Set("shading", Json::Text(shading));
+  result.Set("stats", Statistics(picture));
+  if (call.args.At("include_image").BoolOr(true)) {
+    Json& image = result.Set("images", Json::Array()).Add(Json::Object());
+    image.Set("mime", Json::Text("image/png"));
+    image.Set("data_base64", Json::Text(Base64(png)));
+    image.Set("width", Json::Int(width));
+    image.Set("height", Json::Int(height));
+  }
+  return true;
+}
+
+}  // namespace zorvik::sample_editor
