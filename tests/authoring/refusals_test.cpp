@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "authoring/catalog.h"
@@ -15,6 +16,11 @@ struct Case {
   const char* field = "";
   const char* reason = "";  // Empty: the arguments fit.
 };
+
+// For the name that a failure is reported under.
+void PrintTo(const Case& test, std::ostream* out) {
+  *out << test.tool << " " << test.arguments.substr(0, 60);
+}
 
 // A JSON list of `count` times the same element.
 std::string List(int count, const std::string& element) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 namespace zorvik::authoring {
@@ -12,6 +13,11 @@ struct Case {
   Schema schema;
   const char* text;
 };
+
+// For the name that a failure is reported under.
+void PrintTo(const Case& test, std::ostream* out) {
+  *out << test.name;
+}
 
 class SchemaTest : public testing::TestWithParam<Case> {};
 

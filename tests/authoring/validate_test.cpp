@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 #include <string>
 
 namespace zorvik::authoring {
@@ -14,6 +15,11 @@ struct Case {
   const char* field;
   const char* reason;  // Empty: the value fits.
 };
+
+// For the name that a failure is reported under.
+void PrintTo(const Case& test, std::ostream* out) {
+  *out << test.schema << " " << test.value;
+}
 
 core::Json Parse(const std::string& text) {
   core::Json document;
