@@ -47,7 +47,8 @@ class ClientStreams : public ::testing::TestWithParam<Streams> {
 };
 
 TEST_P(ClientStreams, LinesAreFoundHoweverTheyAreCut) {
-  for (const char byte : "\r\n\n" + kPing + "\r\n" + kPing + "\n") {
+  const std::string input = std::string("\r\n\n").append(kPing).append("\r\n").append(kPing) + "\n";
+  for (const char byte : input) {
     ASSERT_TRUE(client.process.Write(std::string(1, byte)));
   }
   EXPECT_EQ(client.process.ReadLine(), kPong);
@@ -108,8 +109,8 @@ TEST(StandardStreams, ReaderThatPausesGetsEverything) {
         ProgramStart{.non_blocking_output = true},
         ProgramStart{.input = Streams::SocketPair, .non_blocking_output = true}}) {
     McpClient client("2025-11-25", start);
-    std::vector<std::int64_t> ids;
-    for (int i = 0; i < 50; ++i) ids.push_back(client.Begin("tools/list"));
+    std::vector<std::int64_t> ids(50);
+    for (std::int64_t& id : ids) id = client.Begin("tools/list");
     McpClient busy;
     for (int i = 0; i < 50; ++i) EXPECT_EQ(Outcome(busy.Call("world_info")), "ok");
 

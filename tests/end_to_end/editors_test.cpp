@@ -122,6 +122,7 @@ TEST(Editors, CancelledCallIsNeverAnswered) {
   EXPECT_EQ(Outcome(client.Call("world_summary")), "ok");
   // As late as the first and asked after it, so that an answer to that would have come before.
   EXPECT_EQ(Outcome(client.Call("world_info")), "ok");
+  EXPECT_TRUE(client.Unclaimed().empty());
   EXPECT_EQ(client.Finish(), 0);
   EXPECT_EQ(client.process.ReadToEnd(), "");
   EXPECT_NE(client.Log().find("\ncancelado pelo cliente: world_info\n"), std::string::npos);
@@ -150,8 +151,8 @@ TEST(Registry, WhatIsBrokenOrDeadCostsNothing) {
   EXPECT_EQ(FileCount(home.Editors()), 1 + broken.size() + 1);
 
   // Records come and go while the folder is read again and again.
-  std::vector<std::int64_t> ids;
-  for (int i = 0; i < 100; ++i) ids.push_back(client.BeginCall("world_summary", At("vale")));
+  std::vector<std::int64_t> ids(100);
+  for (std::int64_t& id : ids) id = client.BeginCall("world_summary", At("vale"));
   for (const std::int64_t id : ids) {
     const std::filesystem::path record = home.Editors() / ("x" + std::to_string(id) + ".json");
     WriteText(record, R"({"editor_id":"m","pid":)" + dead + R"(,"pipe":"p"})");

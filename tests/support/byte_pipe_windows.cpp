@@ -11,7 +11,8 @@ constexpr DWORD kCapacity = 65'536;
 
 void CloseEnd(std::intptr_t& end) {
   const std::intptr_t closing = std::exchange(end, -1);
-  // NOLINTNEXTLINE(performance-no-int-to-ptr): a handle is a number typed as a pointer.
+  // A handle is a number that Windows types as a pointer.
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   if (closing != -1) CloseHandle(reinterpret_cast<HANDLE>(closing));
 }
 

@@ -61,11 +61,11 @@ Handle Keep(Handle& end) {
 
 Handle OpenFile(const std::filesystem::path& path, DWORD access, DWORD disposition) {
   SECURITY_ATTRIBUTES inherited = Inherited();
-  const HANDLE file =
-      CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                  &inherited, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) Fail("a file doesn't open");
-  return Handle(file);
+  Handle file(CreateFileW(path.c_str(), access,
+                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherited,
+                          disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (file.Get() == INVALID_HANDLE_VALUE) Fail("a file doesn't open");
+  return file;
 }
 
 std::wstring Wide(const std::string& text) {
