@@ -40,10 +40,7 @@ std::optional<EditorRecord> ReadRecord(const std::filesystem::path& file) {
   std::string text;
   Json json;
   std::string error;
-  if (!platform::ReadWholeFile(file, text) || !ParseJson(text, json, error) ||
-      json.kind != Json::Kind::Object) {
-    return std::nullopt;
-  }
+  if (!platform::ReadWholeFile(file, text) || !ParseJson(text, json, error)) return std::nullopt;
   EditorRecord record;
   record.editor_id = json.At("editor_id").TextOr("");
   record.pipe = json.At("pipe").TextOr("");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <random>
@@ -55,17 +55,27 @@ class KeyHash {
 // one; for more of them there is a table, so that a large object takes time in proportion.
 class KeyIndex {
  public:
-  // The place of the first field that has the last one's key. Between two calls at most one field
-  // may be added, unless no call came before.
-  std::size_t PlaceOfLast(const std::vector<Json::Field>& fields) {
-    const std::size_t last = fields.size() - 1;
-    if (fields.size() <= kScanned) {
+  // The place of the field with that key, or the number of fields: the caller then appends it.
+  // The keys in `fields` are all different, and fields only ever come behind those there are.
+  std::size_t Place(const std::vector<Json::Field>& fields, std::string_view key) {
+    const std::size_t count = fields.size();
+    if (count <= kScanned) {
       std::size_t place = 0;
-      while (fields[place].first != fields[last].first) ++place;
+      while (place < count && fields[place].first != key) ++place;
       return place;
     }
-    while (known < last) Add(fields, known);
-    return Add(fields, last);
+    if (count * 2 >= slots.size()) Grow(count * 4);
+    for (; entered < count; ++entered) {
+      const std::uint32_t hash = KeyHash::OfThisProcess()(fields[entered].first);
+      *FreeSlot(hash) = {hash, static_cast<std::uint32_t>(entered + 1)};
+    }
+    const std::uint32_t hash = KeyHash::OfThisProcess()(key);
+    Slot* slot = FirstSlot(hash);
+    for (; slot->number != 0; slot = NextSlot(slot)) {
+      if (slot->hash == hash && fields[slot->number - 1].first == key) return slot->number - 1;
+    }
+    *slot = {hash, static_cast<std::uint32_t>(++entered)};
+    return count;
   }
 
  private:
@@ -76,37 +86,24 @@ class KeyIndex {
     std::uint32_t number = 0;  // The field's place plus one; 0 for a free slot.
   };
 
-  // Enters the field unless its key is known. Returns the first place of the key.
-  std::size_t Add(const std::vector<Json::Field>& fields, std::size_t place) {
-    if (place * 2 >= slots.size()) Grow(fields.size());
-    const std::uint32_t hash = KeyHash::OfThisProcess()(fields[place].first);
-    Slot* slot = &FirstSlot(hash);
-    for (; slot->number != 0; slot = &Next(*slot)) {
-      if (slot->hash == hash && fields[slot->number - 1].first == fields[place].first) {
-        return slot->number - 1;
-      }
-    }
-    *slot = {hash, static_cast<std::uint32_t>(place + 1)};
-    known = place + 1;
-    return place;
-  }
-
-  void Grow(std::size_t fields) {
-    std::vector<Slot> old(std::bit_ceil(fields * 4));
+  void Grow(std::size_t size) {
+    std::vector<Slot> old(std::bit_ceil(size));
     old.swap(slots);
-    for (const Slot& moved : old) {
-      if (moved.number == 0) continue;
-      Slot* slot = &FirstSlot(moved.hash);
-      while (slot->number != 0) slot = &Next(*slot);
-      *slot = moved;
+    for (const Slot& slot : old) {
+      if (slot.number != 0) *FreeSlot(slot.hash) = slot;
     }
   }
 
-  Slot& FirstSlot(std::uint32_t hash) { return slots[hash & (slots.size() - 1)]; }
-  Slot& Next(Slot& slot) { return &slot == &slots.back() ? slots.front() : *(&slot + 1); }
+  Slot* FirstSlot(std::uint32_t hash) { return &slots[hash & (slots.size() - 1)]; }
+  Slot* NextSlot(Slot* slot) { return slot == &slots.back() ? &slots.front() : slot + 1; }
+  Slot* FreeSlot(std::uint32_t hash) {
+    Slot* slot = FirstSlot(hash);
+    while (slot->number != 0) slot = NextSlot(slot);
+    return slot;
+  }
 
   std::vector<Slot> slots;
-  std::size_t known = 0;  // So many fields from the first on are in the table.
+  std::size_t entered = 0;  // So many fields from the first on are in the table.
 };
 
 }  // namespace zorvik::core

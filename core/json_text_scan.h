@@ -33,6 +33,27 @@ inline std::size_t CountPlainBytes(std::uint64_t word) {
   return static_cast<std::size_t>(std::countr_zero(hits)) / 8;
 }
 
+// Takes the decimal digits from `at` on, puts their value behind the digits of `number`, which may
+// overflow, and returns where they end.
+inline const char* TakeDigits(const char* at, const char* end, std::uint64_t& number) {
+  constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
+  while (end - at >= 8) {
+    // A digit's byte becomes its value here, and any other becomes at least 10.
+    std::uint64_t values = LoadEightBytes(at) ^ (kOnes * '0');
+    if (((values | (values + kOnes * 6)) & (kOnes * 0xF0)) != 0) break;
+    // Eight digits: pairs, fours and eights are put together at once.
+    values = (values * (1 + (10 << 8))) >> 8 & 0x00FF'00FF'00FF'00FF;
+    values = (values * (1 + (100 << 16))) >> 16 & 0x0000'FFFF'0000'FFFF;
+    values = (values * (1 + (std::uint64_t{10'000} << 32))) >> 32;
+    number = number * 100'000'000 + values;
+    at += 8;
+  }
+  for (; at < end && *at >= '0' && *at <= '9'; ++at) {
+    number = number * 10 + static_cast<unsigned char>(*at - '0');
+  }
+  return at;
+}
+
 // The first text break from `at` on, or `end`.
 inline const char* FindTextBreak(const char* at, const char* end) {
   while (end - at >= 8) {

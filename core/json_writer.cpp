@@ -1,11 +1,13 @@
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 
+#include "core/decimal_scaling.h"
 #include "core/json.h"
 #include "core/json_text_scan.h"
 #include "core/text_output.h"
-#include "core/wide_product.h"
 
 namespace zorvik::core {
 namespace {
@@ -17,40 +19,39 @@ constexpr std::size_t kRoomBehindBigText = 16'384;
 
 constexpr std::size_t kNumberSize = 32;
 
-void WriteEscape(char byte, TextOutput& out) {
+// What a byte is written as behind a backslash: a letter, 'u' for the six-byte form, or 0 when it
+// stands for itself.
+constexpr std::array<char, 256> kEscapes = [] {
+  std::array<char, 256> letters{};
+  for (std::size_t i = 0; i < 0x20; ++i) letters[i] = 'u';
+  letters['"'] = '"';
+  letters['\\'] = '\\';
+  letters['\b'] = 'b';
+  letters['\t'] = 't';
+  letters['\n'] = 'n';
+  letters['\f'] = 'f';
+  letters['\r'] = 'r';
+  return letters;
+}();
+
+// Writes a byte as it must stand in a text, in one to six bytes.
+char* PutTextByte(char byte, char* to) {
   constexpr std::string_view kHexDigits = "0123456789abcdef";
-  char* const to = out.Room(6);
-  to[0] = '\\';
-  switch (byte) {
-    case '"':
-    case '\\':
-      to[1] = byte;
-      break;
-    case '\b':
-      to[1] = 'b';
-      break;
-    case '\t':
-      to[1] = 't';
-      break;
-    case '\n':
-      to[1] = 'n';
-      break;
-    case '\f':
-      to[1] = 'f';
-      break;
-    case '\r':
-      to[1] = 'r';
-      break;
-    default:
-      to[1] = 'u';
-      to[2] = '0';
-      to[3] = '0';
-      to[4] = kHexDigits[static_cast<unsigned char>(byte) >> 4];
-      to[5] = kHexDigits[static_cast<unsigned char>(byte) & 15];
-      out.Advance(6);
-      return;
+  const auto code = static_cast<unsigned char>(byte);
+  const char escape = kEscapes[code];
+  if (escape == '\0') {
+    *to++ = byte;
+    return to;
   }
-  out.Advance(2);
+  *to++ = '\\';
+  *to++ = escape;
+  if (escape == 'u') {
+    *to++ = '0';
+    *to++ = '0';
+    *to++ = kHexDigits[code >> 4];
+    *to++ = kHexDigits[code & 15];
+  }
+  return to;
 }
 
 void WriteText(const std::string& text, TextOutput& out) {
@@ -58,52 +59,29 @@ void WriteText(const std::string& text, TextOutput& out) {
   out.Put('"');
   const char* at = text.data();
   const char* const end = at + text.size();
-  // Eight bytes are copied before it is known how many of them count: cheaper than finding out
-  // first where a run ends.
-  while (end - at >= 8) {
-    const std::uint64_t word = LoadEightBytes(at);
-    std::memcpy(out.Room(sizeof word), &word, sizeof word);
-    const std::size_t plain = CountPlainBytes(word);
-    out.Advance(plain);
-    at += plain;
-    if (plain < 8) WriteEscape(*at++, out);
-  }
-  for (; at < end; ++at) {
-    if (IsTextBreak(*at)) {
-      WriteEscape(*at, out);
-    } else {
-      out.Put(*at);
+  while (at < end) {
+    // As much as fits the output's buffer for certain.
+    constexpr std::ptrdiff_t kPart = 256;
+    const char* const part_end = at + std::min(kPart, end - at);
+    char* const begin = out.Room(kPart * 6);
+    char* to = begin;
+    while (part_end - at >= 8) {
+      // All eight are copied before it is known how many of them count: cheaper than finding out
+      // first where a run ends.
+      const std::uint64_t word = LoadEightBytes(at);
+      std::memcpy(to, &word, sizeof word);
+      const std::size_t plain = CountPlainBytes(word);
+      at += plain;
+      to += plain;
+      if (plain == 8) continue;
+      do {
+        to = PutTextByte(*at++, to);
+      } while (at < part_end && IsTextBreak(*at));
     }
+    while (at < part_end) to = PutTextByte(*at++, to);
+    out.Advance(static_cast<std::size_t>(to - begin));
   }
   out.Put('"');
-}
-
-// `number` times 10 to the power of `scale`, rounded to the nearest integer, ties to even. The
-// scaled number must stay below 2^63 and `scale` within kPowersOfFive.
-std::uint64_t ScaleAndRound(std::uint64_t mantissa, int exponent, int scale) {
-  // mantissa * 2^exponent * 10^scale = mantissa * 5^scale / 2^shift
-  const WideProduct product =
-      MultiplyWide(mantissa, kPowersOfFive[static_cast<std::size_t>(scale)]);
-  const int shift = -(exponent + scale);
-  if (shift == 0) return product.low;
-  std::uint64_t whole = 0;
-  std::uint64_t rest_high = 0;  // The bits shifted out, with the highest of them as top bit.
-  std::uint64_t rest_low = 0;
-  if (shift < 64) {
-    whole = product.high << (64 - shift) | product.low >> shift;
-    rest_high = product.low << (64 - shift);
-  } else if (shift == 64) {
-    whole = product.high;
-    rest_high = product.low;
-  } else {
-    whole = product.high >> (shift - 64);
-    rest_high = product.high << (128 - shift) | product.low >> (shift - 64);
-    rest_low = product.low << (128 - shift);
-  }
-  constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
-  const bool above_half = rest_high > kHalf || (rest_high == kHalf && rest_low != 0);
-  const bool tie = rest_high == kHalf && rest_low == 0;
-  return whole + (above_half || (tie && whole % 2 == 1) ? 1 : 0);
 }
 
 // Writes a positive number below 2^53 and at least 1e-10 with 17 significant digits.

@@ -3,6 +3,19 @@
 #include <utility>
 
 namespace zorvik::core {
+namespace {
+
+constexpr std::size_t kLongLine = 1'048'576;
+
+}  // namespace
+
+void LineBuffer::Append(std::string_view received) {
+  // Doubling would copy a long line four more times, and touch twice the memory. Room that isn't
+  // used costs next to nothing.
+  const std::size_t size = bytes.size() + received.size();
+  if (size > kLongLine && size > bytes.capacity()) bytes.reserve(kLineRestLimit + kLongLine);
+  bytes.append(received);
+}
 
 void LineBuffer::Clear() {
   // Not bytes.clear(): a long line's memory shall not stay with an idle owner.

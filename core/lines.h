@@ -2,17 +2,19 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zorvik::core {
 
 // Bytes received and not yet cut into lines. `scanned` counts the bytes at the front of `bytes`
 // that are known to hold no line feed, so that a long line which arrives in small pieces is looked
-// through only once. Append to `bytes` freely; everything else goes through TakeLines and Clear.
+// through only once. Bytes come in by Append and leave by TakeLines and Clear.
 struct LineBuffer {
   std::string bytes;
   std::size_t scanned = 0;
 
+  void Append(std::string_view received);
   void Clear();
 };
 

@@ -118,7 +118,7 @@ bool LocalPipeClient::Receive(std::vector<std::string>& lines, std::string& erro
     if (impl->end.FinishRead(bytes, kReadWaitMs) != platform::Progress::Done) {
       return impl->Fail("leitura do editor sem resposta", error);
     }
-    impl->incoming.bytes += bytes;
+    impl->incoming.Append(bytes);
     if (!TakeLines(impl->incoming, lines)) {
       return impl->Fail("o editor mandou uma linha grande demais", error);
     }

@@ -64,7 +64,7 @@ bool ReadStage(Instance& instance, std::vector<LocalPipeServer::Message>& messag
       return progress == platform::Progress::Pending;
     }
     instance.reading = false;
-    instance.incoming.bytes += bytes;
+    instance.incoming.Append(bytes);
     std::vector<std::string> lines;
     if (!TakeLines(instance.incoming, lines)) {
       return false;

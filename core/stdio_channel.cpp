@@ -40,7 +40,7 @@ void StdioChannel::Poll(std::vector<std::string>& lines, bool& closed) {
       End(lines);
       break;
     }
-    buffer.bytes.append(chunk.data(), count);
+    buffer.Append({chunk.data(), count});
     if (!TakeLines(buffer, lines)) {
       buffer.Clear();
       ended = true;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 
 namespace zorvik::core {
@@ -23,12 +21,5 @@ constexpr WideProduct MultiplyWide(std::uint64_t a, std::uint64_t b) {
   const std::uint64_t middle = a_low * b_high + (cross & 0xFFFF'FFFF);
   return {a_high * b_high + (cross >> 32) + (middle >> 32), (middle << 32) | (low & 0xFFFF'FFFF)};
 }
-
-// The powers of five that fit 63 bits.
-inline constexpr std::array<std::uint64_t, 28> kPowersOfFive = [] {
-  std::array<std::uint64_t, 28> powers{1};
-  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 5;
-  return powers;
-}();
 
 }  // namespace zorvik::core

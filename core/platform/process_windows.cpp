@@ -2,7 +2,7 @@
 
 // windows.h has to come before bcrypt.h.
 #include <windows.h>
-//
+
 #include <bcrypt.h>
 
 #include <filesystem>
@@ -19,8 +19,7 @@ std::uint32_t ProcessId() {
 
 bool ProcessRunning(std::uint64_t pid) {
   if (pid > std::numeric_limits<DWORD>::max()) return false;
-  const HANDLE process =
-      OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(pid));
+  HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(pid));
   if (process == nullptr) return GetLastError() == ERROR_ACCESS_DENIED;
   DWORD code = 0;
   const bool running = GetExitCodeProcess(process, &code) && code == STILL_ACTIVE;

@@ -11,9 +11,9 @@
 namespace zorvik::core::platform {
 namespace {
 
-// NOLINTNEXTLINE(performance-no-int-to-ptr): a handle is a number that Windows types as a pointer.
 HANDLE Handle(std::intptr_t native) {
-  return reinterpret_cast<HANDLE>(native);
+  // A handle is a number that Windows types as a pointer.
+  return reinterpret_cast<HANDLE>(native);  // NOLINT(performance-no-int-to-ptr)
 }
 
 bool IsHandle(std::intptr_t native) {

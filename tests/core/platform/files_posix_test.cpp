@@ -3,6 +3,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <ostream>
+#include <string>
+#include <vector>
+
 #include "core/editor_registry.h"
 #include "core/file_write.h"
 #include "core/platform/files.h"
@@ -43,6 +47,19 @@ TEST(FilesPosixTest, WhatIsWrittenIsReadableByItsUserAlone) {
   EXPECT_EQ(Rights(home.Path()), 0755U);
 }
 
+TEST(FilesPosixTest, ARealFailureOfTheDiskLeavesAForcedOneArmed) {
+  const tests::TemporaryHome home;
+  const std::filesystem::path target = home.Path() / "x";
+  InjectWriteFailure(WriteStep::SyncTemporary);
+  const auto lose_file = [&target](std::ostream&, std::string&) {
+    return std::filesystem::remove(target.string() + ".tmp");
+  };
+  EXPECT_EQ(WriteFileDurably(target, lose_file, FileEncoding::Binary).status,
+            WriteStatus::WriteFailed);
+  EXPECT_EQ(WriteFileDurably(target, "1", FileEncoding::Binary).status, WriteStatus::WriteFailed);
+  EXPECT_EQ(WriteFileDurably(target, "1", FileEncoding::Binary).status, WriteStatus::Ok);
+}
+
 TEST(FilesPosixTest, ListingTheRegistryPassesOverWhateverStandsThere) {
   const tests::TemporaryHome home;
   std::filesystem::create_directories(home.Editors() / "pasta.json");
@@ -53,10 +70,13 @@ TEST(FilesPosixTest, ListingTheRegistryPassesOverWhateverStandsThere) {
   tests::WriteText(home.Editors() / "fechado.json", live);
   chmod((home.Editors() / "fechado.json").c_str(), 0);
   tests::WriteText(home.Editors() / "z.json", live);
-  // Root reads what nobody may.
-  EXPECT_EQ(ListEditorRecords().size(), geteuid() == 0 ? 2U : 1U);
+  tests::WriteText(home.Editors() / "zz.json", R"({"pipe":"p","pid":1})");
+  // Process 1 belongs to root, who also reads what nobody may.
+  const std::vector<EditorRecord> records = ListEditorRecords();
+  ASSERT_EQ(records.size(), geteuid() == 0 ? 3U : 2U);
+  EXPECT_EQ(records[0].pid, 1U);
   const std::filesystem::directory_iterator entries(home.Editors());
-  EXPECT_EQ(std::distance(begin(entries), end(entries)), 6);
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 7);
 }
 
 TEST(ProcessPosixTest, AZombieIsNotRunningAndSomebodyElsesProcessIs) {

@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+
+#include <fstream>
+#include <iostream>
+#include <string>
+
+#include "tests/support/editor_process.h"
+#include "tests/support/mcp_client.h"
+#include "tests/support/temporary_home.h"
+
+namespace zorvik::tests {
+namespace {
+
+TEST(FullDisk, CostsOnlyWhatWouldHaveBeenWritten) {
+  const TemporaryHome home;
+  // A small disk that only this process and its children see.
+  if (unshare(CLONE_NEWNS) != 0 || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+      mount("tmpfs", home.Path().c_str(), "tmpfs", 0, "size=256k") != 0) {
+    std::cerr << "!!! SKIPPED: only root can mount a small disk !!!\n";
+    GTEST_SKIP();
+  }
+  {
+    EditorProcess editor("vale");
+    McpClient client;
+    EXPECT_EQ(Outcome(client.Call("world_info")), "ok");
+    const std::string before = client.Log();
+    {
+      std::ofstream filler(home.Path() / "cheio", std::ios::binary);
+      while (filler << std::string(4096, 'x') << std::flush) {
+      }
+    }
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(Outcome(client.Call("world_info")), "ok");
+    EXPECT_EQ(client.Log(), before);
+    ChildProcess late({.program = "zorvik_sample_editor", .error_file = "/dev/null"});
+    EXPECT_EQ(late.Wait(), 1);
+    EXPECT_EQ(client.Call("editor_list").At("structuredContent").At("editors").items.size(), 1U);
+
+    std::filesystem::remove(home.Path() / "cheio");
+    EXPECT_EQ(Outcome(client.Call("world_summary")), "ok");
+    const std::string log = client.Log();
+    EXPECT_TRUE(log.starts_with(before));
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'),
+              std::count(before.begin(), before.end(), '\n') + 4);
+  }
+  umount2(home.Path().c_str(), MNT_DETACH);
+}
+
+// Standard error too may lie on a full disk.
+TEST(FullDisk, ErrorsThatNobodyCanTakeAreDropped) {
+  const TemporaryHome home;
+  ChildProcess server({.program = "zorvik_mcp", .error_file = "/dev/full"});
+  server.Write("no JSON\n");
+  EXPECT_TRUE(server.ReadLine()->find(R"("code":-32700)") != std::string::npos);
+  server.CloseInput();
+  EXPECT_EQ(server.Wait(), 0);
+}
+
+}  // namespace
+}  // namespace zorvik::tests
