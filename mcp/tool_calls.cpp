@@ -26,8 +26,8 @@ bool ValidArguments(const authoring::ToolSpec& tool, const Json& arguments, std:
   return false;
 }
 
-// The arguments as an editor gets them: which editor was meant is the server's business.
-Json ForwardedArguments(Json arguments) {
+// Takes the arguments as an editor gets them: which editor was meant is the server's business.
+Json TakeForwarded(Json& arguments) {
   Json forwarded = Json::Object();
   forwarded.fields.reserve(arguments.fields.size());
   for (auto& [key, value] : arguments.fields) {
@@ -69,7 +69,7 @@ Json Server::CallTool(const Json& id, const Era& era, Json params) {
   request.Set("id", Json::Number(static_cast<double>(bridge_id)));
   request.Set("token", Json::Text(editor->token));
   request.Set("op", Json::Text(tool->operation));
-  request.Set("args", ForwardedArguments(std::move(arguments)));
+  request.Set("args", TakeForwarded(arguments));
   request.Set("client", Json::Text(client_label.empty() ? "cliente MCP" : client_label));
   request.Set("deadline_ms", Json::Int(deadline_ms));
   std::string error;
