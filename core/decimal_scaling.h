@@ -81,32 +81,17 @@ inline bool ScaleExactly(std::uint64_t mantissa, int exponent, double& out) {
 }
 
 // mantissa * 2^exponent * 10^scale, rounded to the nearest integer, ties to even. The result must
-// stay below 2^63, the mantissa below 2^53, exponent + scale from -127 to 0 and `scale` within
-// kPowersOfFive.
+// fit 63 bits, and exponent + scale lie between -63 and 0.
 inline std::uint64_t ScaleAndRound(std::uint64_t mantissa, int exponent, int scale) {
   // What is wanted is mantissa * 5^scale / 2^shift.
   const WideProduct product =
       MultiplyWide(mantissa, kPowersOfFive[static_cast<std::size_t>(scale)]);
   const int shift = -(exponent + scale);
   if (shift == 0) return product.low;
-  std::uint64_t whole = 0;
-  std::uint64_t rest_high = 0;  // The bits shifted out, with the highest of them as top bit.
-  std::uint64_t rest_low = 0;
-  if (shift < 64) {
-    whole = product.high << (64 - shift) | product.low >> shift;
-    rest_high = product.low << (64 - shift);
-  } else if (shift == 64) {
-    whole = product.high;
-    rest_high = product.low;
-  } else {
-    whole = product.high >> (shift - 64);
-    rest_high = product.high << (128 - shift) | product.low >> (shift - 64);
-    rest_low = product.low << (128 - shift);
-  }
+  const std::uint64_t whole = product.high << (64 - shift) | product.low >> shift;
+  const std::uint64_t rest = product.low << (64 - shift);  // As parts of 2^64.
   constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
-  const bool above_half = rest_high > kHalf || (rest_high == kHalf && rest_low != 0);
-  const bool tie = rest_high == kHalf && rest_low == 0;
-  return whole + (above_half || (tie && whole % 2 == 1) ? 1 : 0);
+  return whole + (rest > kHalf || (rest == kHalf && whole % 2 == 1) ? 1 : 0);
 }
 
 }  // namespace zorvik::core

@@ -18,8 +18,9 @@ void LineBuffer::Append(std::string_view received) {
 }
 
 void LineBuffer::Clear() {
-  // Not bytes.clear(): a long line's memory shall not stay with an idle owner.
-  bytes = std::string();
+  // Neither clear() nor an empty string moved in need give a long line's memory back, which shall
+  // not stay with an idle owner.
+  std::string().swap(bytes);
   scanned = 0;
 }
 

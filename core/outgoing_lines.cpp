@@ -35,7 +35,7 @@ bool OutgoingLines::Pump(platform::PipeEnd& end) {
       in_flight = false;
       written += std::min(count, writing.size() - written);
       if (written == writing.size()) {
-        writing = std::string();
+        std::string().swap(writing);  // Gives its memory back.
         written = 0;
       }
     } else if (Idle()) {
@@ -62,7 +62,7 @@ bool OutgoingLines::Idle() const {
 
 void OutgoingLines::Clear() {
   queue.clear();
-  writing = std::string();
+  std::string().swap(writing);  // Gives its memory back.
   written = 0;
   in_flight = false;
 }

@@ -63,6 +63,8 @@ TEST(LinesTest, LimitsTheRestAndNotTheLine) {
   buffer.scanned = 0;
   EXPECT_FALSE(TakeLines(buffer, lines));
   EXPECT_EQ(lines.back(), "tres");
+  buffer.Clear();
+  EXPECT_LT(buffer.bytes.capacity(), 100u);
 }
 
 TEST(LinesTest, LooksThroughALongLineOnceAndDoesNotCopyIt) {

@@ -196,22 +196,6 @@ TEST_F(LocalPipeTest, BigLinesPassBothWays) {
   EXPECT_EQ(lines[1], "fim");
 }
 
-TEST_F(LocalPipeTest, WhatAFullPipeHoldsBackKeepsItsOrder) {
-  OpenAndConnect();
-  Lines sent;
-  for (int index = 0; index < 500; ++index) {
-    sent.push_back(std::to_string(index) + std::string(3'000, 'x'));
-    ASSERT_TRUE(server.Send(1, sent.back()));
-    ASSERT_TRUE(client.Send(sent.back(), error)) << error;
-    if (index % 100 == 0) {
-      Poll();
-    }
-  }
-  Until([&] { return messages.size() == sent.size() && lines.size() == sent.size(); });
-  EXPECT_TRUE(Received(1) == sent);
-  EXPECT_TRUE(lines == sent);
-}
-
 class LimitTest : public LocalPipeTest, public testing::WithParamInterface<std::int32_t> {};
 
 TEST_P(LimitTest, OneClientAtATime) {
@@ -354,18 +338,6 @@ TEST_F(LocalPipeTest, LinesOfAnEditorThatWentComeWithTheLoss) {
   EXPECT_EQ(lines, (Lines{"um", "dois", "tres"}));
   EXPECT_EQ(error, kLost);
   EXPECT_FALSE(client.Connected());
-}
-
-TEST_F(LocalPipeTest, ADroppedListenerIsReplaced) {
-  ASSERT_TRUE(server.Open(name, error));
-  server.Drop(1);
-  server.Drop(99);
-  Poll();
-  ASSERT_TRUE(client.Connect(name, 0, error)) << error;
-  ASSERT_TRUE(client.Send("um", error));
-  Until([&] { return !messages.empty(); });
-  EXPECT_EQ(messages[0].connection, 2);
-  EXPECT_TRUE(closed.empty());
 }
 
 TEST_F(LocalPipeTest, AClientThatGoesIsReportedBehindItsLines) {

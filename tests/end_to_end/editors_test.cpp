@@ -49,25 +49,6 @@ TEST(Editors, EachIsReachedByItsId) {
   EXPECT_EQ(revision("b"), revision("a") + 1);
 }
 
-TEST(Editors, TwoServersShareOne) {
-  const TemporaryHome home;
-  EditorProcess editor("vale");
-  McpClient one;
-  McpClient other(kStateless);
-  constexpr int kCalls = 40;
-  std::vector<std::pair<std::int64_t, std::int64_t>> ids;
-  for (int i = 0; i < kCalls; ++i) {
-    const std::string create = R"({"objects":[{"asset":"zorvik_rocha","x":1,"z":1}]})";
-    ids.emplace_back(one.BeginCall("objects_create", create),
-                     other.BeginCall("objects_create", create));
-  }
-  for (const auto& [mine, its] : ids) {
-    EXPECT_EQ(Outcome(one.Answer(mine).At("result")), "ok");
-    EXPECT_EQ(Outcome(other.Answer(its).At("result")), "ok");
-  }
-  EXPECT_EQ(one.Call("world_info").At("structuredContent").At("revision").IntOr(0), 1 + 2 * kCalls);
-}
-
 TEST(Editors, DeathEndsExactlyItsOwnCalls) {
   const TemporaryHome home;
   EditorProcess dying("a", {"never=world.info"});
