@@ -98,7 +98,8 @@ bool NearestDouble(const char* at, const char* mantissa_end, const char* end, do
 
 // How many items of a list follow up to the next text, container or end. Long lists are mostly
 // lists of numbers, and counting those is cheaper than moving them, because values are much larger
-// than their text. Works in blocks, so that it never looks far beyond what it counts.
+// than their text. Works in blocks, so that it never looks far beyond what it counts, and counts
+// no more than a list may hold: a broken one may be nothing but commas.
 std::size_t CountScalars(const char* at, const char* end) {
   constexpr std::ptrdiff_t kBlock = 1'024;
   std::size_t count = 1;
@@ -113,7 +114,7 @@ std::size_t CountScalars(const char* at, const char* end) {
     inside = stop == block_end;
     at = stop;
   }
-  return count;
+  return std::min(count, kItemLimit);
 }
 
 // Every operation is given the position where it begins and returns the one behind what it read, or
