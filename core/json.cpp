@@ -11,7 +11,7 @@ constexpr double kInt64Bound = 9'223'372'036'854'775'808.0;
 constexpr double kExactIntegerBound = 9'007'199'254'740'992.0;
 
 // Position of the first field of that key, or the number of fields.
-std::size_t FindField(const std::vector<Json::Field>& fields, std::string_view key) {
+std::size_t FindField(const decltype(Json::fields)& fields, std::string_view key) {
   std::size_t at = 0;
   while (at < fields.size() && fields[at].first != key) ++at;
   return at;

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/block_allocator.h"
+
 namespace zorvik::core {
 
 // The one document type: every message, editor record and tool schema is a Json.
@@ -29,8 +31,8 @@ struct Json {
   bool boolean = false;
   double number = 0;
   std::string text;  // UTF-8 by convention, not checked; may hold zero bytes.
-  std::vector<Json> items;
-  std::vector<Field> fields;
+  std::vector<Json, BlockAllocator<Json>> items;
+  std::vector<Field, BlockAllocator<Field>> fields;
 
   // A null. Not defaulted: some compilers would look into `fields` while Field is still incomplete.
   constexpr Json() noexcept {}

@@ -57,7 +57,7 @@ class KeyIndex {
  public:
   // The place of the field with that key, or the number of fields: the caller then appends it.
   // The keys in `fields` are all different, and fields only ever come behind those there are.
-  std::size_t Place(const std::vector<Json::Field>& fields, std::string_view key) {
+  std::size_t Place(const decltype(Json::fields)& fields, std::string_view key) {
     const std::size_t count = fields.size();
     if (count <= kScanned) {
       std::size_t place = 0;

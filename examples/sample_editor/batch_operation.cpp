@@ -45,7 +45,7 @@ bool BatchApply(World& world, const Call& call, Json& result, Json& error) {
   Draft draft;
   if (!OpenDraft(world, call, draft, error)) return false;
   const std::string label = draft.label;
-  const std::vector<Json>& ops = call.args.At("ops").items;
+  const auto& ops = call.args.At("ops").items;
   Json results = Json::Array();
   for (std::size_t index = 0; index < ops.size(); ++index) {
     Json item_result = Json::Object();

@@ -195,7 +195,7 @@ std::vector<std::int64_t> ReadIds(const Json& list) {
 }
 
 bool CreateObjects(Draft& draft, const Json& args, Json& result, Json& error) {
-  const std::vector<Json>& items = args.At("objects").items;
+  const auto& items = args.At("objects").items;
   std::map<std::int64_t, std::size_t> made;
   std::vector<std::int64_t> ids;
   // All names first, so that an item can hang below one that comes after it.
@@ -236,7 +236,7 @@ bool CreateObjects(Draft& draft, const Json& args, Json& result, Json& error) {
 }
 
 bool UpdateObjects(Draft& draft, const Json& args, Json& result, Json& error) {
-  const std::vector<Json>& items = args.At("updates").items;
+  const auto& items = args.At("updates").items;
   std::map<std::int64_t, std::size_t> moved;
   std::vector<std::int64_t> ids;
   ids.reserve(items.size());

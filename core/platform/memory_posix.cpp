@@ -1,0 +1,32 @@
+#include "core/platform/memory.h"
+
+#include <malloc.h>
+#include <sys/mman.h>
+
+#include <cstdint>
+
+namespace zorvik::core::platform {
+namespace {
+
+constexpr std::uintptr_t kLargePage = 2'097'152;
+
+}  // namespace
+
+void ExpectLargeBlock(void* memory, std::size_t size) {
+#ifdef MADV_HUGEPAGE
+  const auto address = reinterpret_cast<std::uintptr_t>(memory);
+  const std::uintptr_t begin = (address + kLargePage - 1) & ~(kLargePage - 1);
+  const std::uintptr_t end = (address + size) & ~(kLargePage - 1);
+  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+#endif
+}
+
+void KeepFreedMemory(std::size_t size) {
+#ifdef __GLIBC__
+  const int bytes = static_cast<int>(size);
+  mallopt(M_TRIM_THRESHOLD, bytes);
+  mallopt(M_MMAP_THRESHOLD, bytes);
+#endif
+}
+
+}  // namespace zorvik::core::platform
