@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <random>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/json.h"
@@ -23,7 +25,12 @@ class KeyHash {
     std::size_t left = key.size();
     for (; left >= 8; left -= 8, at += 8) hash = Fold(hash ^ LoadEightBytes(at));
     std::uint64_t rest = 0;
-    for (; left > 0; --left, ++at) rest = rest << 8 | static_cast<unsigned char>(*at);
+    if (left >= 4) {
+      // The two may overlap: the length is in the hash already.
+      rest = std::uint64_t{LoadFourBytes(at)} << 32 | LoadFourBytes(at + left - 4);
+    } else {
+      for (; left > 0; --left, ++at) rest = rest << 8 | static_cast<unsigned char>(*at);
+    }
     hash = Fold(hash ^ rest);
     return static_cast<std::uint32_t>(hash ^ hash >> 32);
   }
@@ -51,58 +58,77 @@ class KeyHash {
   std::uint64_t factor = 0;
 };
 
-// Finds repeated keys while the fields of one object are read. A few fields are compared one by
-// one; for more of them there is a table, so that a large object takes time in proportion.
+// Finds the repeated keys of one object that is being read. Looking for many of them in one go is
+// faster than one by one, because the processor then need not wait for each.
 class KeyIndex {
  public:
-  // The place of the field with that key, or the number of fields: the caller then appends it.
-  // The keys in `fields` are all different, and fields only ever come behind those there are.
-  std::size_t Place(const decltype(Json::fields)& fields, std::string_view key) {
-    const std::size_t count = fields.size();
+  using Fields = decltype(Json::fields);
+
+  // Gives the value of each field whose key came before to the first field of that key, and removes
+  // the field. The first `different` fields, and those that are left of an earlier call, have keys
+  // of their own. For at most 65,536 fields; takes time in proportion to those that are new.
+  void Merge(Fields& fields, std::size_t different) {
+    std::size_t kept = std::max(merged, different);
+    for (std::size_t i = kept; i < fields.size(); ++i) {
+      const std::size_t place = Place(fields, kept, fields[i].first);
+      if (place < kept) {
+        fields[place].second = std::move(fields[i].second);
+      } else {
+        if (kept < i) fields[kept] = std::move(fields[i]);
+        ++kept;
+      }
+    }
+    fields.resize(kept);
+    merged = kept;
+  }
+
+ private:
+  static constexpr std::size_t kScanned = 16;
+  static constexpr std::uint32_t kPlaceBits = 0x1'FFFF;
+
+  // What a slot holds: a place plus one, and the upper bits of the hash. A free slot holds 0.
+  static std::uint32_t Mark(std::uint32_t hash, std::size_t place) {
+    return (hash & ~kPlaceBits) | static_cast<std::uint32_t>(place + 1);
+  }
+
+  // The place of the field with that key among the first `count`, or `count`. A few are compared
+  // one by one; for more there is a table, into which the key is then entered with that place.
+  std::size_t Place(const Fields& fields, std::size_t count, std::string_view key) {
     if (count <= kScanned) {
       std::size_t place = 0;
       while (place < count && fields[place].first != key) ++place;
       return place;
     }
-    if (count * 2 >= slots.size()) Grow(count * 4);
+    if (count * 2 >= slots.size()) {
+      slots.assign(std::bit_ceil(fields.size() * 2 + 1), 0);
+      entered = 0;
+    }
     for (; entered < count; ++entered) {
       const std::uint32_t hash = KeyHash::OfThisProcess()(fields[entered].first);
-      *FreeSlot(hash) = {hash, static_cast<std::uint32_t>(entered + 1)};
+      *FreeSlot(hash) = Mark(hash, entered);
     }
     const std::uint32_t hash = KeyHash::OfThisProcess()(key);
-    Slot* slot = FirstSlot(hash);
-    for (; slot->number != 0; slot = NextSlot(slot)) {
-      if (slot->hash == hash && fields[slot->number - 1].first == key) return slot->number - 1;
+    std::uint32_t* slot = FirstSlot(hash);
+    for (; *slot != 0; slot = NextSlot(slot)) {
+      const std::size_t place = (*slot & kPlaceBits) - 1;
+      if (*slot == Mark(hash, place) && fields[place].first == key) return place;
     }
-    *slot = {hash, static_cast<std::uint32_t>(++entered)};
+    *slot = Mark(hash, entered++);
     return count;
   }
 
- private:
-  static constexpr std::size_t kScanned = 16;
-
-  struct Slot {
-    std::uint32_t hash = 0;
-    std::uint32_t number = 0;  // The field's place plus one; 0 for a free slot.
-  };
-
-  void Grow(std::size_t size) {
-    std::vector<Slot> old(std::bit_ceil(size));
-    old.swap(slots);
-    for (const Slot& slot : old) {
-      if (slot.number != 0) *FreeSlot(slot.hash) = slot;
-    }
+  std::uint32_t* FirstSlot(std::uint32_t hash) { return &slots[hash & (slots.size() - 1)]; }
+  std::uint32_t* NextSlot(std::uint32_t* slot) {
+    return slot == &slots.back() ? &slots.front() : slot + 1;
   }
-
-  Slot* FirstSlot(std::uint32_t hash) { return &slots[hash & (slots.size() - 1)]; }
-  Slot* NextSlot(Slot* slot) { return slot == &slots.back() ? &slots.front() : slot + 1; }
-  Slot* FreeSlot(std::uint32_t hash) {
-    Slot* slot = FirstSlot(hash);
-    while (slot->number != 0) slot = NextSlot(slot);
+  std::uint32_t* FreeSlot(std::uint32_t hash) {
+    std::uint32_t* slot = FirstSlot(hash);
+    while (*slot != 0) slot = NextSlot(slot);
     return slot;
   }
 
-  std::vector<Slot> slots;
+  std::vector<std::uint32_t> slots;
+  std::size_t merged = 0;   // So many fields were left of the last call.
   std::size_t entered = 0;  // So many fields from the first on are in the table.
 };
 

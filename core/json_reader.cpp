@@ -18,10 +18,18 @@ constexpr std::size_t kTextLimit = 16'777'216;
 constexpr std::size_t kFieldLimit = 65'536;
 constexpr std::size_t kItemLimit = 8'388'608;
 constexpr int kDepthLimit = 65;
+constexpr std::size_t kFewItems = 4;
+constexpr std::size_t kFewFields = 4;
+// Longer lists and objects get the room that they will need at once.
 constexpr std::size_t kItemsBeforeCounting = 16;
+constexpr std::size_t kFieldsBeforeCounting = 16;
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
+}
+
+bool IsSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
 int HexDigit(char c) {
@@ -96,25 +104,46 @@ bool NearestDouble(const char* at, const char* mantissa_end, const char* end, do
   return std::from_chars(at, end, out).ec == std::errc();
 }
 
-// How many items of a list follow up to the next text, container or end. Long lists are mostly
-// lists of numbers, and counting those is cheaper than moving them, because values are much larger
-// than their text. Works in blocks, so that it never looks far beyond what it counts, and counts
-// no more than a list may hold: a broken one may be nothing but commas.
-std::size_t CountScalars(const char* at, const char* end) {
+// How often the predicate holds in front of the first of the four stops. Works in blocks, so that
+// it never looks far beyond what it counts.
+template <class Predicate>
+std::size_t CountUntil(const char* at, const char* end, std::array<char, 4> stops,
+                       Predicate counts) {
   constexpr std::ptrdiff_t kBlock = 1'024;
-  std::size_t count = 1;
+  constexpr std::ptrdiff_t kPart = 128;
+  std::size_t count = 0;
   for (bool inside = true; inside && at < end;) {
     const char* const block_end = at + std::min(kBlock, end - at);
     const char* stop = block_end;
-    for (const char c : {'"', '{', '[', ']'}) {
+    for (const char c : stops) {
       const void* const found = std::memchr(at, c, static_cast<std::size_t>(stop - at));
       if (found != nullptr) stop = static_cast<const char*>(found);
     }
-    count += static_cast<std::size_t>(std::count(at, stop, ','));
     inside = stop == block_end;
-    at = stop;
+    while (at < stop) {
+      // In a byte, of which the processor adds up many at once.
+      std::uint8_t hits = 0;
+      for (const char* const part_end = at + std::min(kPart, stop - at); at < part_end; ++at) {
+        hits = static_cast<std::uint8_t>(hits + counts(at));
+      }
+      count += hits;
+    }
   }
-  return std::min(count, kItemLimit);
+  return count;
+}
+
+// How many items of a list follow up to the next text, container or end. Long lists are mostly
+// lists of numbers, and counting those is cheaper than moving them, because values are much larger
+// than their text. No more than a list may hold: a broken one may be nothing but commas.
+std::size_t CountScalars(const char* at, const char* end) {
+  const auto is_comma = [](const char* c) { return *c == ','; };
+  return std::min(kItemLimit, 1 + CountUntil(at, end, {'"', '{', '[', ']'}, is_comma));
+}
+
+// The same for an object's fields behind the one whose value begins at `at`.
+std::size_t CountFields(const char* at, const char* end) {
+  const auto ends_key = [](const char* c) { return (*c == ':') & (c[-1] == '"'); };
+  return std::min(kFieldLimit, 1 + CountUntil(at, end, {'{', '[', ']', '}'}, ends_key));
 }
 
 // Every operation is given the position where it begins and returns the one behind what it read, or
@@ -125,14 +154,23 @@ class Reader {
 
   // Reads a value into `out`, which must be a null. `model` is a value that may look alike: the
   // one before in a list. It saves growing and looking for repeated keys, and changes no result.
-  const char* Value(const char* at, Json& out, int depth, const Json& model);
+  const char* Value(const char* at, Json& out, int depth, const Json& model) {
+    if (depth == kDepthLimit) return Fail("JSON encaixado demais");
+    at = SkipSpace(at);
+    if (at == end) return Fail("documento vazio");
+    if (*at == '{') return Object(at + 1, out, depth, model);
+    if (*at == '[') return Array(at + 1, out, depth, model);
+    return Scalar(at, out);
+  }
   const char* SkipSpace(const char* at) const {
-    while (at < end && (*at == ' ' || *at == '\t' || *at == '\n' || *at == '\r')) ++at;
+    // Most texts hold no white space at all.
+    while (at < end && static_cast<unsigned char>(*at) <= ' ' && IsSpace(*at)) ++at;
     return at;
   }
   const char* Message() const { return message; }
 
  private:
+  const char* Scalar(const char* at, Json& out);
   const char* Object(const char* at, Json& out, int depth, const Json& model);
   const char* Key(const char* at, std::string_view& key);
   const char* Array(const char* at, Json& out, int depth, const Json& model);
@@ -166,15 +204,8 @@ class Reader {
   std::string escaped_key;
 };
 
-const char* Reader::Value(const char* at, Json& out, int depth, const Json& model) {
-  if (depth == kDepthLimit) return Fail("JSON encaixado demais");
-  at = SkipSpace(at);
-  if (at == end) return Fail("documento vazio");
+const char* Reader::Scalar(const char* at, Json& out) {
   switch (*at) {
-    case '{':
-      return Object(at + 1, out, depth, model);
-    case '[':
-      return Array(at + 1, out, depth, model);
     case '"':
       out.kind = Json::Kind::Text;
       return String(at + 1, out.text);
@@ -200,11 +231,10 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
   out.kind = Json::Kind::Object;
   at = SkipSpace(at);
   if (Is(at, '}')) return at + 1;
-  out.fields.reserve(model.fields.size());
+  out.fields.reserve(model.fields.empty() ? kFewFields : model.fields.size());
   KeyIndex index;
-  // While the keys are those of the model, each of them is new.
-  bool like_model = true;
-  while (true) {
+  std::size_t like_model = 0;  // So many first keys are those of the model, so they are different.
+  for (std::size_t count = 0;; ++count) {
     at = SkipSpace(at);
     if (!Is(at, '"')) return Fail("esperava um texto");
     std::string_view key;
@@ -213,29 +243,39 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
     at = SkipSpace(at);
     if (!Is(at, ':')) return Fail("esperava \":\"");
     ++at;
-    const std::size_t count = out.fields.size();
-    if (count == kFieldLimit) {
-      // An error of the value comes before the one that it is there at all.
-      Json beyond;
-      at = Value(at, beyond, depth + 1, Nothing);
-      return at == nullptr ? nullptr : Fail("objeto com campos demais");
-    }
 
-    like_model = like_model && count < model.fields.size() && model.fields[count].first == key;
-    const std::size_t place = like_model ? count : index.Place(out.fields, key);
-    if (place == count) {
-      out.fields.emplace_back(std::piecewise_construct, std::forward_as_tuple(key),
-                              std::forward_as_tuple());
-    } else {
-      out.fields[place].second = Json();
+    if (count == kFieldLimit) {
+      index.Merge(out.fields, like_model);
+      count = out.fields.size();
+      if (count == kFieldLimit) {
+        // An error of the value comes before the one that it is there at all.
+        Json beyond;
+        at = Value(at, beyond, depth + 1, Nothing);
+        return at == nullptr ? nullptr : Fail("objeto com campos demais");
+      }
     }
-    const Json& value_model = like_model ? model.fields[count].second : Nothing;
-    at = Value(at, out.fields[place].second, depth + 1, value_model);
+    if (count >= kFieldsBeforeCounting && count == out.fields.capacity()) {
+      out.fields.reserve(count + std::max(count, CountFields(at, end)));
+    }
+    Json::Field& field = out.fields.emplace_back(
+        std::piecewise_construct, std::forward_as_tuple(key), std::forward_as_tuple());
+    // Where there is no model, the field before may be one: schemas of many properties are alike.
+    const Json* value_model = count > 0 ? &(&field - 1)->second : &Nothing;
+    if (count == like_model && count < model.fields.size() && model.fields[count].first == key) {
+      value_model = &model.fields[count].second;
+      ++like_model;
+    }
+    at = Value(at, field.second, depth + 1, *value_model);
     if (at == nullptr) return nullptr;
     at = SkipSpace(at);
-    if (Is(at, '}')) return at + 1;
-    if (!Is(at, ',')) return Fail("esperava \",\" ou \"}\"");
-    ++at;
+    if (Is(at, ',')) {
+      ++at;
+    } else if (Is(at, '}')) {
+      if (like_model < out.fields.size()) index.Merge(out.fields, like_model);
+      return at + 1;
+    } else {
+      return Fail("esperava \",\" ou \"}\"");
+    }
   }
 }
 
@@ -256,20 +296,24 @@ const char* Reader::Array(const char* at, Json& out, int depth, const Json& mode
   out.kind = Json::Kind::Array;
   at = SkipSpace(at);
   if (Is(at, ']')) return at + 1;
-  out.items.reserve(model.items.size());
-  while (true) {
-    const std::size_t count = out.items.size();
-    if (count >= kItemsBeforeCounting && count == out.items.capacity()) {
-      out.items.reserve(count + std::max(count, CountScalars(at, end)));
+  out.items.reserve(model.items.empty() ? kFewItems : model.items.size());
+  std::size_t room = out.items.capacity();
+  // More items than a list may hold don't fit a text of the greatest length, so nobody counts them.
+  for (std::size_t count = 0;; ++count) {
+    if (count == room) {
+      const std::size_t more = count < kItemsBeforeCounting ? count : CountScalars(at, end);
+      out.items.reserve(count + std::max(count, more));
+      room = out.items.capacity();
     }
     Json& item = out.items.emplace_back();
-    at = Value(at, item, depth + 1, count > 0 ? out.items[count - 1] : Nothing);
+    at = Value(at, item, depth + 1, count > 0 ? *(&item - 1) : Nothing);
     if (at == nullptr) return nullptr;
-    if (count == kItemLimit) return Fail("lista com itens demais");
     at = SkipSpace(at);
-    if (Is(at, ']')) return at + 1;
-    if (!Is(at, ',')) return Fail("esperava \",\" ou \"]\"");
-    ++at;
+    if (Is(at, ',')) {
+      ++at;
+    } else {
+      return Is(at, ']') ? at + 1 : Fail("esperava \",\" ou \"]\"");
+    }
   }
 }
 
@@ -343,8 +387,17 @@ const char* Reader::Number(const char* at, Json& out) {
   if (*at == '+' || *at == '-') ++at;
   const char* const first = at;
   std::uint64_t mantissa = 0;
-  at = TakeDigits(at, end, mantissa);
+  // Whole parts are short. Digits beyond the nineteenth may overflow: they are not counted on
+  // below.
+  for (; at < end && IsDigit(*at); ++at)
+    mantissa = mantissa * 10 + static_cast<unsigned>(*at - '0');
   std::ptrdiff_t digits = at - first;
+  if (at < end && (*at == ',' || *at == ']' || *at == '}') && digits > 0 && digits <= 15) {
+    out.kind = Json::Kind::Number;
+    out.number = static_cast<double>(static_cast<std::int64_t>(mantissa));
+    if (negative) out.number = -out.number;
+    return at;
+  }
   int exponent = 0;
   if (Is(at, '.')) {
     const char* const fraction = at + 1;

@@ -19,6 +19,12 @@ inline std::uint64_t LoadEightBytes(const char* at) {
   return word;
 }
 
+inline std::uint32_t LoadFourBytes(const char* at) {
+  std::uint32_t word = 0;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
 // How many of eight bytes stand in front of the first text break; 8 when there is none.
 inline std::size_t CountPlainBytes(std::uint64_t word) {
   // Subtracting makes the top bit of a byte appear where the byte was smaller than the subtrahend.

@@ -17,7 +17,10 @@ namespace {
 constexpr std::size_t kBigText = 65'536;
 constexpr std::size_t kRoomBehindBigText = 16'384;
 
-constexpr std::size_t kNumberSize = 32;
+// A number takes at most 24 bytes. Behind them there is room for copies of digits that are longer
+// than what counts of them.
+constexpr std::size_t kNumberSize = 64;
+constexpr std::size_t kDigitsCopied = 24;
 
 // What a byte is written as behind a backslash: a letter, 'u' for the six-byte form, or 0 when it
 // stands for itself.
@@ -84,9 +87,30 @@ void WriteText(const std::string& text, TextOutput& out) {
   out.Put('"');
 }
 
+// Writes a number below 10^8 with leading zeros. Halves, pairs and single digits are taken apart in
+// one word, whose lowest byte comes first in memory.
+void PutEightDigits(std::uint32_t number, char* to) {
+  std::uint64_t digits = number / 10'000 | std::uint64_t{number % 10'000} << 32;
+  const std::uint64_t hundreds = (digits * 10'486) >> 20 & 0x0000'007F'0000'007F;
+  digits = hundreds | (digits - hundreds * 100) << 16;
+  const std::uint64_t tens = (digits * 103) >> 10 & 0x000F'000F'000F'000F;
+  digits = (tens | (digits - tens * 10) << 8) | 0x3030'3030'3030'3030;
+  std::memcpy(to, &digits, sizeof digits);
+}
+
+// How many of sixteen digits are zeros behind the last other one.
+std::size_t CountLastZeros(const char* digits) {
+  constexpr std::uint64_t kZeros = 0x3030'3030'3030'3030;
+  const std::uint64_t last = LoadEightBytes(digits + 8) ^ kZeros;
+  if (last != 0) return static_cast<std::size_t>(std::countl_zero(last)) / 8;
+  const std::uint64_t first = LoadEightBytes(digits) ^ kZeros;
+  return 8 + static_cast<std::size_t>(std::countl_zero(first)) / 8;
+}
+
 // Writes a positive number below 2^53 and at least 1e-10 with 17 significant digits.
 char* WriteFraction(double number, char* out) {
-  constexpr std::uint64_t kTenTo17 = 100'000'000'000'000'000;
+  constexpr std::uint64_t kTenTo8 = 100'000'000;
+  constexpr std::uint64_t kTenTo16 = kTenTo8 * kTenTo8;
   const auto bits = std::bit_cast<std::uint64_t>(number);
   const std::uint64_t mantissa = (bits & 0xF'FFFF'FFFF'FFFF) | 0x10'0000'0000'0000;
   const int binary_exponent = static_cast<int>(bits >> 52) - 1023;
@@ -94,18 +118,20 @@ char* WriteFraction(double number, char* out) {
   // log10(2) is 0.30103. The estimate is right or one too small, and one too small gives 18 digits.
   int exponent = binary_exponent * 30'103 / 100'000 - (binary_exponent < 0 ? 1 : 0);
   std::uint64_t digits = ScaleAndRound(mantissa, binary_exponent - 52, 16 - exponent);
-  if (digits >= kTenTo17) {
+  if (digits >= kTenTo16 * 10) {
     ++exponent;
     digits = ScaleAndRound(mantissa, binary_exponent - 52, 16 - exponent);
   }
 
-  std::array<char, 24> text;
-  std::to_chars(text.data(), text.data() + text.size(), digits);
-  std::size_t count = 17;
-  while (text[count - 1] == '0') --count;
+  std::array<char, 16 + kDigitsCopied> text{};
+  text[0] = static_cast<char>('0' + digits / kTenTo16);
+  PutEightDigits(static_cast<std::uint32_t>(digits % kTenTo16 / kTenTo8), &text[1]);
+  PutEightDigits(static_cast<std::uint32_t>(digits % kTenTo8), &text[9]);
+  const std::size_t count = 17 - CountLastZeros(&text[1]);
 
+  // Copies more than it was asked for: there is room, and a fixed size costs less.
   const auto put = [&out](const char* from, std::size_t size) {
-    std::memcpy(out, from, size);
+    std::memcpy(out, from, kDigitsCopied);
     out += size;
   };
   if (exponent < -4) {
@@ -114,11 +140,13 @@ char* WriteFraction(double number, char* out) {
       *out++ = '.';
       put(&text[1], count - 1);
     }
-    put("e-", 2);
+    *out++ = 'e';
+    *out++ = '-';
     *out++ = static_cast<char>('0' + -exponent / 10);
     *out++ = static_cast<char>('0' + -exponent % 10);
   } else if (exponent < 0) {
-    put("0.0000", static_cast<std::size_t>(1 - exponent));
+    std::memcpy(out, "0.000", 5);
+    out += 1 - exponent;
     put(text.data(), count);
   } else {
     const auto whole = static_cast<std::size_t>(exponent) + 1;

@@ -189,6 +189,10 @@ TEST(ReadJson, CountsFieldsWithoutRepeatsUpToTheLimit) {
   EXPECT_EQ(Reread(full + ",\"new\":1}"), "objeto com campos demais");
   EXPECT_EQ(Reread(full + ",\"k0\":1}"), "objeto com campos demais");
   EXPECT_EQ(Reread(full + ",\"k0\":x}"), "esperava um numero");
+  // A repeat among the first ones leaves room for one more, and for no other.
+  const std::string repeating = "{\"k0\":1," + full.substr(1);
+  EXPECT_EQ(Reread(repeating + "}"), full + "}");
+  EXPECT_EQ(Reread(repeating + ",\"new\":1}"), "objeto com campos demais");
   EXPECT_EQ(Reread("{" + Repeat("\"a\":1,", 70'000) + "\"a\":2}"), "{\"a\":2}");
 }
 
