@@ -57,34 +57,56 @@ char* PutTextByte(char byte, char* to) {
   return to;
 }
 
-void WriteText(const std::string& text, TextOutput& out) {
+// Writes bytes as they must stand in a text. There must be room for six times as many.
+char* PutTextBytes(const char* at, const char* end, char* to) {
+  while (end - at >= 8) {
+    // All eight are copied before it is known how many of them count: cheaper than finding out
+    // first where a run ends.
+    const std::uint64_t word = LoadEightBytes(at);
+    std::memcpy(to, &word, sizeof word);
+    const std::size_t plain = CountPlainBytes(word);
+    at += plain;
+    to += plain;
+    if (plain == 8) continue;
+    do {
+      to = PutTextByte(*at++, to);
+    } while (at < end && IsTextBreak(*at));
+  }
+  while (at < end) to = PutTextByte(*at++, to);
+  return to;
+}
+
+// As many bytes of a text as fit the output's buffer for certain.
+constexpr std::size_t kTextPart = 256;
+
+void WriteText(std::string_view text, TextOutput& out) {
   if (text.size() >= kBigText) out.Reserve(text.size() + kRoomBehindBigText);
   out.Put('"');
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  while (at < end) {
-    // As much as fits the output's buffer for certain.
-    constexpr std::ptrdiff_t kPart = 256;
-    const char* const part_end = at + std::min(kPart, end - at);
-    char* const begin = out.Room(kPart * 6);
-    char* to = begin;
-    while (part_end - at >= 8) {
-      // All eight are copied before it is known how many of them count: cheaper than finding out
-      // first where a run ends.
-      const std::uint64_t word = LoadEightBytes(at);
-      std::memcpy(to, &word, sizeof word);
-      const std::size_t plain = CountPlainBytes(word);
-      at += plain;
-      to += plain;
-      if (plain == 8) continue;
-      do {
-        to = PutTextByte(*at++, to);
-      } while (at < part_end && IsTextBreak(*at));
-    }
-    while (at < part_end) to = PutTextByte(*at++, to);
-    out.Advance(static_cast<std::size_t>(to - begin));
+  for (; !text.empty(); text.remove_prefix(std::min(text.size(), kTextPart))) {
+    const std::string_view part = text.substr(0, kTextPart);
+    char* const begin = out.Room(kTextPart * 6);
+    char* const end = PutTextBytes(part.data(), part.data() + part.size(), begin);
+    out.Advance(static_cast<std::size_t>(end - begin));
   }
   out.Put('"');
+}
+
+void WriteKey(char separator, std::string_view key, TextOutput& out) {
+  if (key.size() > kTextPart) {
+    out.Put(separator);
+    WriteText(key, out);
+    out.Put(':');
+    return;
+  }
+  // The usual one goes out in one piece.
+  char* const begin = out.Room(kTextPart * 6 + 4);
+  char* to = begin;
+  *to++ = separator;
+  *to++ = '"';
+  to = PutTextBytes(key.data(), key.data() + key.size(), to);
+  *to++ = '"';
+  *to++ = ':';
+  out.Advance(static_cast<std::size_t>(to - begin));
 }
 
 // Writes a number below 10^8 with leading zeros. Halves, pairs and single digits are taken apart in
@@ -213,10 +235,8 @@ void Write(const Json& value, TextOutput& out) {
       if (value.fields.empty()) out.Put('{');
       char separator = '{';
       for (const Json::Field& field : value.fields) {
-        out.Put(separator);
+        WriteKey(separator, field.first, out);
         separator = ',';
-        WriteText(field.first, out);
-        out.Put(':');
         Write(field.second, out);
       }
       out.Put('}');
