@@ -47,7 +47,7 @@ int main(int argc, char** argv) {
       }
       pipe.Send(connection, reply + "}");
     }
-    std::vector<std::string> lines;
+    zorvik::core::Lines lines;
     console.Poll(lines, closed);
     core::SleepMilliseconds(1);
   }

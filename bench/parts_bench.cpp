@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "authoring/catalog.h"
 #include "authoring/validate.h"
@@ -41,7 +40,7 @@ void TakeLinesInPieces(benchmark::State& state) {
   const std::string text = Lines(length);
   for (auto _ : state) {
     core::LineBuffer buffer;
-    std::vector<std::string> lines;
+    core::Lines lines;
     std::size_t count = 0;
     for (std::size_t at = 0; at < text.size(); at += kPiece) {
       buffer.Append(std::string_view(text).substr(at, kPiece));
@@ -61,7 +60,7 @@ void ChannelInPieces(benchmark::State& state) {
   for (auto _ : state) {
     const tests::BytePipe pipe;
     core::StdioChannel channel(pipe.Reader(), {});
-    std::vector<std::string> lines;
+    core::Lines lines;
     std::size_t count = 0;
     std::size_t at = 0;
     while (at < text.size()) {

@@ -6,7 +6,8 @@
 namespace zorvik::core {
 namespace {
 
-constexpr std::size_t kKeptMemory = 33'554'432;
+// Twice the longest line, for it and what is read from it, and some more.
+constexpr std::size_t kKeptMemory = 41'943'040;
 
 // Never destroyed: documents of static lifetime may end after it otherwise.
 BlockPool& Pool() {

@@ -24,7 +24,7 @@ void LineBuffer::Clear() {
   scanned = 0;
 }
 
-bool TakeLines(LineBuffer& buffer, std::vector<std::string>& lines) {
+bool TakeLines(LineBuffer& buffer, Lines& lines) {
   std::string& bytes = buffer.bytes;
   std::size_t begin = 0;
   std::size_t feed = bytes.find('\n', buffer.scanned);

@@ -94,7 +94,7 @@ bool LocalPipeClient::Send(std::string line, std::string& error) {
   return impl->outgoing.Pump(impl->end) || impl->Fail(kConnectionLost, error);
 }
 
-bool LocalPipeClient::Receive(std::vector<std::string>& lines, std::string& error) {
+bool LocalPipeClient::Receive(Lines& lines, std::string& error) {
   if (!Connected()) {
     error = kNotConnected;
     return false;

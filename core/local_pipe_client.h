@@ -4,7 +4,8 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
+
+#include "core/lines.h"
 
 namespace zorvik::core {
 
@@ -38,7 +39,7 @@ class LocalPipeClient {
   // Goes on writing, and appends every complete line that has arrived to `lines` without waiting.
   // On false, with a message in `error`, `lines` may still hold lines that came before the failure,
   // and the caller must handle them.
-  bool Receive(std::vector<std::string>& lines, std::string& error);
+  bool Receive(Lines& lines, std::string& error);
 
  private:
   struct Impl;

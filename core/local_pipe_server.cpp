@@ -65,7 +65,7 @@ bool ReadStage(Instance& instance, std::vector<LocalPipeServer::Message>& messag
     }
     instance.reading = false;
     instance.incoming.Append(bytes);
-    std::vector<std::string> lines;
+    Lines lines;
     if (!TakeLines(instance.incoming, lines)) {
       return false;
     }

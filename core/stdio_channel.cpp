@@ -19,7 +19,7 @@ StdioChannel::StdioChannel()
 StdioChannel::StdioChannel(platform::InputStream source, platform::OutputStream sink)
     : input(source), output(sink) {}
 
-void StdioChannel::Poll(std::vector<std::string>& lines, bool& closed) {
+void StdioChannel::Poll(Lines& lines, bool& closed) {
   if (!input.Valid()) ended = true;
   // Without a pipe there is no telling whether a second read would block.
   const int reads = input.IsPipe() ? kReadsPerPoll : 1;
@@ -49,7 +49,7 @@ void StdioChannel::Poll(std::vector<std::string>& lines, bool& closed) {
   closed = ended;
 }
 
-void StdioChannel::End(std::vector<std::string>& lines) {
+void StdioChannel::End(Lines& lines) {
   ended = true;
   std::string rest = std::move(buffer.bytes);
   buffer.Clear();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "core/lines.h"
 #include "core/platform/streams.h"
@@ -25,7 +24,7 @@ class StdioChannel {
   // input will ever come; lines and `closed` can come out of the same call. Takes at most 64 reads
   // of 64 KiB. The input ends with an unfinished line beyond kLineRestLimit too; that line is
   // thrown away.
-  void Poll(std::vector<std::string>& lines, bool& closed);
+  void Poll(Lines& lines, bool& closed);
 
   // Writes `line` and a line feed, all of it, before it returns. False when the stream is missing
   // or broken; part of the line may have been written then.
@@ -33,7 +32,7 @@ class StdioChannel {
 
  private:
   // Input has ended: what was left of an unfinished line becomes the last line.
-  void End(std::vector<std::string>& lines);
+  void End(Lines& lines);
 
   LineBuffer buffer;
   platform::InputStream input;

@@ -2,7 +2,6 @@
 #include <cstddef>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "core/lines.h"
 #include "fuzz/generate.h"
@@ -16,8 +15,8 @@ namespace {
 void Check(const std::string& sizes, const std::string& input, std::size_t filler) {
   core::LineBuffer buffer;
   buffer.bytes.assign(filler, 'x');
-  std::vector<std::string> lines;
-  std::vector<std::string> expected;
+  core::Lines lines;
+  core::Lines expected;
   std::string rest(filler, 'x');
   std::size_t given = 0;
   for (std::size_t turn = 0; given < input.size() || turn == 0; ++turn) {

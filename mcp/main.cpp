@@ -1,6 +1,5 @@
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "authoring/protocols.h"
 #include "core/editor_registry.h"
@@ -32,7 +31,7 @@ void Run(zorvik::mcp::LogFile& log) {
 
   bool closed = false;
   while (!closed && output_alive) {
-    std::vector<std::string> lines;
+    zorvik::core::Lines lines;
     channel.Poll(lines, closed);
     for (const std::string& line : lines) server.Receive(line);
     server.Poll();

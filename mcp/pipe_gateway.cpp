@@ -44,7 +44,7 @@ bool PipeGateway::Send(const EditorRecord& editor, const Json& request, std::str
 void PipeGateway::Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) {
   for (auto& [editor, link] : links) {
     if (!link->client.Connected()) continue;
-    std::vector<std::string> lines;
+    core::Lines lines;
     std::string error;
     const bool alive = link->client.Receive(lines, error);
     for (std::string& line : lines) {

@@ -3,6 +3,7 @@
 #include <malloc.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace zorvik::core::platform {
@@ -23,9 +24,10 @@ void ExpectLargeBlock(void* memory, std::size_t size) {
 
 void KeepFreedMemory(std::size_t size) {
 #ifdef __GLIBC__
-  const int bytes = static_cast<int>(size);
-  mallopt(M_TRIM_THRESHOLD, bytes);
-  mallopt(M_MMAP_THRESHOLD, bytes);
+  // Blocks from the second limit on are returned by themselves; the library takes no greater one.
+  constexpr std::size_t kGreatestLimit = 33'554'432;
+  mallopt(M_TRIM_THRESHOLD, static_cast<int>(size));
+  mallopt(M_MMAP_THRESHOLD, static_cast<int>(std::min(size, kGreatestLimit)));
 #endif
 }
 

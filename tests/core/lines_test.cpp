@@ -8,8 +8,6 @@
 namespace zorvik::core {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 struct Case {
   Lines pieces;  // As they arrive.
   Lines lines;

@@ -20,7 +20,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using Ids = std::vector<std::int32_t>;
-using Lines = std::vector<std::string>;
 
 constexpr const char* kLost = "a conexao com o editor caiu";
 

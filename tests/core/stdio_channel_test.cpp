@@ -5,14 +5,11 @@
 #include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 #include "tests/support/byte_pipe.h"
 
 namespace zorvik::core {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 class StdioChannelTest : public testing::Test {
  protected:
