@@ -23,7 +23,9 @@ BlockPool& Pool() {
 void* TakeListMemory(std::size_t size) {
   if (size <= BlockPool::kLargestBlock) return Pool().Take(size);
   void* const memory = ::operator new(size);
-  platform::ExpectLargeBlock(memory, size);
+  // Only for memory that is kept and used again: when hundreds of megabytes are fresh, a virtual
+  // machine may have to fetch each large page from its host.
+  if (size <= kKeptMemory) platform::ExpectLargeBlock(memory, size);
   return memory;
 }
 

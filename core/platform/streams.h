@@ -30,6 +30,9 @@ class InputStream {
   // Only for pipes. Puts the number of bytes that can be read without blocking into `available`
   // (0: nothing yet). False once the writing end has gone and nothing is left. Never blocks.
   bool Peek(std::size_t& available) const;
+  // Only for pipes in which Peek found nothing. Waits for more, or for the end, for about a
+  // millisecond at most; false when neither came.
+  bool WaitForMore() const;
   // Reads at most `limit` bytes and reports how many in `count`. Blocks while there are none.
   // False, or a count of 0, is the end of the input.
   bool Read(char* bytes, std::size_t limit, std::size_t& count) const;

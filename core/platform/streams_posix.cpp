@@ -103,6 +103,10 @@ bool InputStream::Peek(std::size_t& available) const {
   return QueuedBytes(fd, available) && (available > 0 || !ended);
 }
 
+bool InputStream::WaitForMore() const {
+  return PollEvents(static_cast<int>(native), POLLIN, 1) != 0;
+}
+
 bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {
   const int fd = static_cast<int>(native);
   while (true) {

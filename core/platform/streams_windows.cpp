@@ -63,6 +63,18 @@ bool InputStream::Peek(std::size_t& available) const {
   return true;
 }
 
+bool InputStream::WaitForMore() const {
+  // There is no waiting for an anonymous pipe, and a sleep takes far longer than a writer that is at
+  // work needs for the next piece.
+  constexpr int kTurns = 64;
+  std::size_t available = 0;
+  for (int turn = 0; turn < kTurns && available == 0; ++turn) {
+    SwitchToThread();
+    if (!Peek(available)) return true;
+  }
+  return available > 0;
+}
+
 bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {
   DWORD got = 0;
   if (!ReadFile(Handle(native), bytes, Clamp(limit), &got, nullptr)) return false;

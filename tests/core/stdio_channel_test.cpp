@@ -43,6 +43,15 @@ TEST_F(StdioChannelTest, CutsLinesAcrossReadsAndDeliversTheUnfinishedLast) {
   EXPECT_EQ(Poll(true), Lines{});
 }
 
+TEST_F(StdioChannelTest, WaitingForMoreEndsWithBytesAndWithTheInput) {
+  EXPECT_FALSE(in.Reader().WaitForMore());
+  Feed("a");
+  EXPECT_TRUE(in.Reader().WaitForMore());
+  EXPECT_EQ(Poll(false), Lines{});
+  in.CloseWriter();
+  EXPECT_TRUE(in.Reader().WaitForMore());
+}
+
 TEST_F(StdioChannelTest, ALoneCarriageReturnAtTheEndIsNoLine) {
   Feed("a\n\r");
   in.CloseWriter();
