@@ -85,8 +85,8 @@ inline void* BlockPool::Take(std::size_t size) {
 inline void BlockPool::GiveBack(void* block, std::size_t size) noexcept {
   const std::size_t units = (size + kUnit - 1) / kUnit;
   Chunk*& first = with_room[units];
-  const auto address = reinterpret_cast<std::uintptr_t>(block);
-  auto* const chunk = reinterpret_cast<Chunk*>(address & ~(kChunkAlignment - 1));
+  const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(block) % kChunkAlignment;
+  auto* const chunk = reinterpret_cast<Chunk*>(static_cast<char*>(block) - offset);
   if (!HasRoom(*chunk, units * kUnit)) Link(first, chunk);
   chunk->free = ::new (block) FreeBlock{chunk->free};
   if (--chunk->taken > 0) return;

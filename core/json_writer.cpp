@@ -120,7 +120,7 @@ void PutEightDigits(std::uint32_t number, char* to) {
   std::memcpy(to, &digits, sizeof digits);
 }
 
-// How many of sixteen digits are zeros behind the last other one.
+// How many zeros sixteen digits end with.
 std::size_t CountLastZeros(const char* digits) {
   constexpr std::uint64_t kZeros = 0x3030'3030'3030'3030;
   const std::uint64_t last = LoadEightBytes(digits + 8) ^ kZeros;
@@ -131,6 +131,7 @@ std::size_t CountLastZeros(const char* digits) {
 
 // Writes a positive number below 2^53 and at least 1e-10 with 17 significant digits.
 char* WriteFraction(double number, char* out) {
+  constexpr std::string_view kZeros = "0.000";
   constexpr std::uint64_t kTenTo8 = 100'000'000;
   constexpr std::uint64_t kTenTo16 = kTenTo8 * kTenTo8;
   const auto bits = std::bit_cast<std::uint64_t>(number);
@@ -167,7 +168,7 @@ char* WriteFraction(double number, char* out) {
     *out++ = static_cast<char>('0' + -exponent / 10);
     *out++ = static_cast<char>('0' + -exponent % 10);
   } else if (exponent < 0) {
-    std::memcpy(out, "0.000", 5);
+    kZeros.copy(out, kZeros.size());
     out += 1 - exponent;
     put(text.data(), count);
   } else {

@@ -18,7 +18,8 @@ void ExpectLargeBlock(void* memory, std::size_t size) {
   const auto address = reinterpret_cast<std::uintptr_t>(memory);
   const std::uintptr_t begin = (address + kLargePage - 1) & ~(kLargePage - 1);
   const std::uintptr_t end = (address + size) & ~(kLargePage - 1);
-  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+  if (begin >= end) return;
+  madvise(static_cast<char*>(memory) + (begin - address), end - begin, MADV_HUGEPAGE);
 #endif
 }
 

@@ -64,8 +64,8 @@ bool InputStream::Peek(std::size_t& available) const {
 }
 
 bool InputStream::WaitForMore() const {
-  // There is no waiting for an anonymous pipe, and a sleep takes far longer than a writer that is at
-  // work needs for the next piece.
+  // There is no waiting for an anonymous pipe, and a sleep takes far longer than a writer that is
+  // at work needs for the next piece.
   constexpr int kTurns = 64;
   std::size_t available = 0;
   for (int turn = 0; turn < kTurns && available == 0; ++turn) {

@@ -4,10 +4,8 @@
 
 #include <algorithm>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <set>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,31 +14,6 @@ namespace zorvik::authoring {
 namespace {
 
 using core::Json;
-
-// Clients show the tools in this order.
-constexpr const char* kOrder =
-    "editor_list world_capabilities world_info world_summary objects_query objects_get "
-    "terrain_sample water_list "
-    "assets_list assets_inspect assets_import assets_reprocess assets_restore_version "
-    "assets_compose "
-    "objects_create objects_update objects_delete objects_duplicate "
-    "terrain_sculpt terrain_generate terrain_heightmap_import terrain_heightmap_export "
-    "surface_layers surface_paint vegetation_species vegetation_paint "
-    "water_upsert water_delete world_configure world_save "
-    "roads_list roads_upsert roads_delete roads_bake regions_list regions_upsert regions_delete "
-    "regions_apply scatter_list scatter_upsert scatter_delete scatter_run "
-    "buildings_kit_install buildings_list buildings_create buildings_update buildings_delete "
-    "doors_list doors_configure "
-    "inspect_walk inspect_capture inspect_probe inspect_validate "
-    "world_open world_create world_convert_legacy cells_list cells_diagnostics world_focus "
-    "quality_get quality_set "
-    "history_list history_undo history_redo history_revert history_checkpoint history_restore "
-    "jobs_list jobs_get jobs_cancel batch_apply";
-
-std::vector<std::string> Words(const std::string& text) {
-  std::istringstream stream(text);
-  return {std::istream_iterator<std::string>(stream), {}};
-}
 
 std::vector<std::string> Keys(const Json& object) {
   std::vector<std::string> keys;
@@ -68,18 +41,11 @@ void WalkInputs(const std::function<void(const Json&, const std::string&)>& visi
   }
 }
 
-TEST(CatalogTest, KeepsItsOrder) {
-  std::vector<std::string> names;
-  for (const ToolSpec& tool : Tools()) {
-    names.push_back(tool.name);
-  }
-  EXPECT_EQ(names, Words(kOrder));
-  EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), 71U);
-}
-
 TEST(CatalogTest, RowsAreWhole) {
   std::map<ToolKind, int> kinds;
+  std::set<std::string> names;
   for (const ToolSpec& tool : Tools()) {
+    EXPECT_TRUE(names.insert(tool.name).second) << tool.name;
     std::string operation = tool.name;
     operation.replace(operation.find('_'), 1, ".");
     EXPECT_EQ(tool.operation, operation);
@@ -140,29 +106,6 @@ TEST(CatalogTest, OutputsShareOneEnvelope) {
                   R"("additionalProperties":true}},"required":["ok"],)"
                   R"("additionalProperties":true})");
   }
-}
-
-TEST(CatalogInputTest, NodesHaveTheKeysOfTheirTypeInOneOrder) {
-  const std::map<std::string, std::string> allowed = {
-      {"object", "type description properties required additionalProperties"},
-      {"array", "type description items minItems maxItems"},
-      {"number", "type description minimum maximum"},
-      {"integer", "type description minimum maximum"},
-      {"string", "type description minLength maxLength enum"},
-      {"boolean", "type description"}};
-  WalkInputs([&](const Json& node, const std::string& place) {
-    const auto found = allowed.find(node.At("type").text);
-    ASSERT_NE(found, allowed.end()) << place;
-    const std::vector<std::string> order = Words(found->second);
-    auto next = order.begin();
-    for (const std::string& key : Keys(node)) {
-      next = std::find(next, order.end(), key);
-      ASSERT_NE(next, order.end()) << place << ": " << key;
-      ++next;
-    }
-    EXPECT_EQ(node.Has("items"), found->first == "array") << place;
-    EXPECT_FALSE(node.Has("description") && node.At("description").text.empty()) << place;
-  });
 }
 
 TEST(CatalogInputTest, ObjectsAreClosed) {

@@ -178,23 +178,6 @@ TEST_F(LocalPipeTest, TheServerEndsALineThatIsTooLong) {
   EXPECT_EQ(server.Connections(), 0u);
 }
 
-TEST_F(LocalPipeTest, BigLinesPassBothWays) {
-  OpenAndConnect();
-  std::string big(kLineRestLimit, 'x');
-  for (std::size_t index = 0; index < big.size(); index += 1'000) {
-    big[index] = static_cast<char>('a' + index / 1'000 % 26);
-  }
-  ASSERT_TRUE(client.Send(big, error));
-  ASSERT_TRUE(client.Send("fim", error));
-  ASSERT_TRUE(server.Send(1, big));
-  ASSERT_TRUE(server.Send(1, "fim"));
-  Until([&] { return messages.size() == 2 && lines.size() == 2; });
-  EXPECT_TRUE(messages[0].line == big);
-  EXPECT_TRUE(lines[0] == big);
-  EXPECT_EQ(messages[1].line, "fim");
-  EXPECT_EQ(lines[1], "fim");
-}
-
 class LimitTest : public LocalPipeTest, public testing::WithParamInterface<std::int32_t> {};
 
 TEST_P(LimitTest, OneClientAtATime) {

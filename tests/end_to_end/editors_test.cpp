@@ -74,21 +74,6 @@ TEST(Editors, DeathEndsExactlyItsOwnCalls) {
   EXPECT_TRUE(std::filesystem::exists(other.RecordPath()));
 }
 
-TEST(Editors, OneThatComesBackIsRegained) {
-  const TemporaryHome home;
-  McpClient client;
-  for (const bool crash : {false, true}) {
-    EditorProcess editor("vale");
-    EXPECT_EQ(Outcome(client.Call("world_info", At("vale"))), "ok");
-    if (crash) editor.Kill();
-  }
-  const Json gone = client.Call("world_info");
-  EXPECT_EQ(Outcome(gone), "no_editor");
-  EXPECT_EQ(Message(gone), "Nenhum editor de mundo da ZORVIK aberto com a ponte de IA.");
-  EditorProcess back("vale");
-  EXPECT_EQ(Outcome(client.Call("world_info")), "ok");
-}
-
 TEST(Editors, CancelledCallIsNeverAnswered) {
   const TemporaryHome home;
   EditorProcess editor("vale", {"late=world.info"});

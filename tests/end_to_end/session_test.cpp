@@ -67,23 +67,6 @@ TEST_P(Session, AnswersInTheFormOfItsVersion) {
                        R"("isError":true})"));
 }
 
-TEST_P(Session, ListsTheToolsInTheFormOfItsVersion) {
-  const std::int64_t id = client.Begin("tools/list", R"({"cursor":"x"})");
-  const std::string line = client.AnswerLine(id);
-  const Json tools = Parse(line).At("result").At("tools");
-  ASSERT_EQ(tools.items.size(), 71U);
-  EXPECT_EQ(tools[70].At("name").text, "batch_apply");
-  // What was read is written back the same, so the whole line is known.
-  EXPECT_EQ(line, AnswerTo(id, R"({"tools":)" + core::WriteJson(tools) + "}"));
-  for (const Json& tool : tools.items) {
-    std::string keys;
-    for (const auto& [key, value] : tool.fields) keys += key + " ";
-    EXPECT_EQ(keys, oldest ? "name description inputSchema annotations "
-                           : "name title description inputSchema outputSchema annotations ");
-    EXPECT_EQ(tool.At("annotations").fields.front().first, oldest ? "title" : "readOnlyHint");
-  }
-}
-
 TEST_P(Session, ReadsTheEditorsWorld) {
   const Json editors = Document("editor_list").At("editors");
   ASSERT_EQ(editors.items.size(), 1U);

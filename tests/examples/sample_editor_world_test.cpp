@@ -108,19 +108,5 @@ TEST_F(SampleEditorWorld, RestoreTakesBackTheAgentsWorkAndNotThePersons) {
   EXPECT_EQ(X(5), 1);
 }
 
-TEST_F(SampleEditorWorld, ABatchWithABadItemLeavesNothingBehind) {
-  const std::string house = R"({"tool":"objects_create","args":{"objects":[
-      {"asset":"zorvik_casa","x":0,"z":0,"ref":"casa"}]}})";
-  const std::string door = R"({"tool":"objects_create","args":{"objects":[
-      {"asset":"zorvik_porta","x":0,"z":3,"parent_ref":"casa"}]}})";
-  const Json error = Do("batch.apply", R"({"ops":[)" + door + "," + house + "]}");
-  EXPECT_EQ(error.At("details").At("op").number, 0);
-  EXPECT_EQ(world.revision, 1);
-  EXPECT_EQ(world.objects.size(), 12U);
-  ASSERT_EQ(Code("batch.apply", R"({"ops":[)" + house + "," + door + "]}"), "done");
-  EXPECT_EQ(Find(world.objects, 14)->Parent(), 13);
-  EXPECT_EQ(world.transactions.size(), 1U);
-}
-
 }  // namespace
 }  // namespace zorvik::sample_editor
