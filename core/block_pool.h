@@ -36,8 +36,7 @@ class BlockPool {
   std::size_t ChunkCount() const { return chunk_count; }
 
  private:
-  static constexpr std::size_t kUnit = 32;  // Block sizes are rounded up to multiples of it.
-
+  static constexpr std::size_t kUnit = 32;        // Block sizes are rounded up to multiples of it.
   static constexpr std::size_t kFirstBlock = 64;  // Behind a chunk's own notes.
 
   struct FreeBlock {

@@ -15,7 +15,8 @@ namespace zorvik::core {
 //
 // A plain value with public members; only the member that belongs to `kind` carries meaning. Copies
 // are deep and a value owns everything below it. Objects are ordered lists: keys are written in the
-// order in which they were first set, and looked up by a scan from the start.
+// order in which they were first set, and looked up by a scan from the start. All values take their
+// memory from one pool, so only one thread of a process may use them.
 struct Json {
   enum class Kind : std::uint8_t {
     Null = 0,
