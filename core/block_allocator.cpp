@@ -1,40 +1,51 @@
 #include "core/block_allocator.h"
 
 #include "core/block_pool.h"
+#include "core/large_blocks.h"
 #include "core/platform/memory.h"
 
 namespace zorvik::core {
 namespace {
 
+constexpr std::size_t kLargeBlock = 1'048'576;
 // Twice the longest line, for it and what is read from it, and some more.
 constexpr std::size_t kKeptMemory = 41'943'040;
 
+struct ListMemory {
+  BlockPool small;
+  LargeBlocks large;
+
+  ListMemory() { platform::KeepFreedMemory(kKeptMemory); }
+};
+
 // Never destroyed: documents of static lifetime may end after it otherwise.
-BlockPool& Pool() {
-  static BlockPool* const pool = [] {
-    platform::KeepFreedMemory(kKeptMemory);
-    return new BlockPool;
-  }();
-  return *pool;
+ListMemory& Memory() {
+  static ListMemory* const memory = new ListMemory;
+  return *memory;
 }
 
 }  // namespace
 
 void* TakeListMemory(std::size_t size) {
-  if (size <= BlockPool::kLargestBlock) return Pool().Take(size);
-  void* const memory = ::operator new(size);
-  // Only for memory that is kept and used again: when hundreds of megabytes are fresh, a virtual
-  // machine may have to fetch each large page from its host.
-  if (size <= kKeptMemory) platform::ExpectLargeBlock(memory, size);
-  return memory;
+  if (size <= BlockPool::kLargestBlock) return Memory().small.Take(size);
+  if (size >= kLargeBlock) return Memory().large.Take(size);
+  return ::operator new(size);
 }
 
 void GiveListMemoryBack(void* memory, std::size_t size) noexcept {
   if (size <= BlockPool::kLargestBlock) {
-    Pool().GiveBack(memory, size);
+    Memory().small.GiveBack(memory, size);
+  } else if (size >= kLargeBlock) {
+    Memory().large.GiveBack(memory, size);
   } else {
     ::operator delete(memory);
   }
+}
+
+void ReleaseSpareMemory() {
+  Memory().small.Release();
+  Memory().large.Release();
+  platform::ReturnFreedMemory();
 }
 
 }  // namespace zorvik::core

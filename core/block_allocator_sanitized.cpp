@@ -14,4 +14,6 @@ void GiveListMemoryBack(void* memory, std::size_t /*size*/) noexcept {
   ::operator delete(memory);
 }
 
+void ReleaseSpareMemory() {}
+
 }  // namespace zorvik::core

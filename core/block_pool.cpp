@@ -3,15 +3,23 @@
 #include <new>
 
 namespace zorvik::core {
+
 BlockPool::~BlockPool() {
+  Release();
+}
+
+void BlockPool::Release() noexcept {
   for (Chunk*& first : with_room) {
-    while (first != nullptr) {
-      Chunk* const chunk = first;
-      Unlink(first, chunk);
-      DropChunk(chunk);
+    for (Chunk* chunk = first; chunk != nullptr;) {
+      Chunk* const next = chunk->next;
+      if (chunk->taken == 0) {
+        Unlink(first, chunk);
+        DropChunk(chunk);
+      }
+      chunk = next;
     }
   }
-  while (spare != nullptr) {
+  for (; spare_count > 0; --spare_count, --chunk_count) {
     Chunk* const chunk = spare;
     spare = chunk->next;
     ::operator delete (chunk, std::align_val_t{kChunkAlignment});

@@ -10,8 +10,8 @@ namespace zorvik::core {
 // Memory for many short-lived blocks of a few sizes: taking one and giving it back cost a few
 // instructions each. For one thread at a time.
 //
-// Blocks of one size share a chunk. An empty chunk serves any size next, and those beyond
-// kSpareChunks go back to the system, so that one large document doesn't keep its memory for ever.
+// Blocks of one size share a chunk. An empty chunk serves any size next; the system gets those back
+// that are beyond kSpareChunks, and all of them with Release.
 class BlockPool {
  public:
   static constexpr std::size_t kLargestBlock = 2'048;
@@ -31,6 +31,9 @@ class BlockPool {
   void* Take(std::size_t size);
   // Takes back a block of this pool; `size` is what was asked for.
   void GiveBack(void* block, std::size_t size) noexcept;
+
+  // Returns the chunks to the system that hold no block.
+  void Release() noexcept;
 
   // Chunks that hold blocks or may serve any size at once.
   std::size_t ChunkCount() const { return chunk_count; }

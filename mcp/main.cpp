@@ -1,7 +1,9 @@
+#include <chrono>
 #include <string>
 #include <utility>
 
 #include "authoring/protocols.h"
+#include "core/block_allocator.h"
 #include "core/editor_registry.h"
 #include "core/platform/files.h"
 #include "core/platform/streams.h"
@@ -16,6 +18,7 @@ namespace {
 
 constexpr int kIdleSleepMs = 4;
 constexpr int kBusySleepMs = 1;
+constexpr std::chrono::seconds kSpareMemoryKept(1);
 
 // Moves lines between the client and the server until input ends or output breaks.
 void Run(zorvik::mcp::LogFile& log) {
@@ -29,12 +32,22 @@ void Run(zorvik::mcp::LogFile& log) {
       },
       [&](const std::string& text) { log.Line(text); });
 
+  using Clock = std::chrono::steady_clock;
+  bool worked = false;
+  Clock::time_point release_memory = Clock::now() + kSpareMemoryKept;
   bool closed = false;
   while (!closed && output_alive) {
     zorvik::core::Lines lines;
     channel.Poll(lines, closed);
     for (const std::string& line : lines) server.Receive(line);
     server.Poll();
+    // What a burst of messages took goes back soon after it.
+    worked = worked || !lines.empty() || server.PendingCount() != 0;
+    if (worked && Clock::now() >= release_memory) {
+      zorvik::core::ReleaseSpareMemory();
+      release_memory = Clock::now() + kSpareMemoryKept;
+      worked = false;
+    }
     if (lines.empty() && !closed && output_alive) {
       zorvik::core::SleepMilliseconds(server.PendingCount() != 0 ? kBusySleepMs : kIdleSleepMs);
     }

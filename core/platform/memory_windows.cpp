@@ -2,8 +2,8 @@
 
 namespace zorvik::core::platform {
 
-// Large pages need a privilege here, and the heap decides by itself what it keeps.
-void ExpectLargeBlock(void* /*memory*/, std::size_t /*size*/) {}
+// The heap decides by itself what it keeps.
 void KeepFreedMemory(std::size_t /*size*/) {}
+void ReturnFreedMemory() {}
 
 }  // namespace zorvik::core::platform
