@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <thread>
 
 #include "authoring/catalog.h"
 #include "authoring/validate.h"
@@ -54,24 +56,29 @@ void TakeLinesInPieces(benchmark::State& state) {
 }
 BENCHMARK(TakeLinesInPieces)->Arg(128)->Arg(4096)->Arg(1 << 20)->Arg(1 << 24);
 
+// Against a client that writes as fast as it can, in pieces as large as the pipe.
 void ChannelInPieces(benchmark::State& state) {
   const auto length = static_cast<std::size_t>(state.range(0));
   const std::string text = Lines(length);
   for (auto _ : state) {
     const tests::BytePipe pipe;
+    std::thread client([&] {
+      std::string_view left = text;
+      std::size_t count = 0;
+      while (!left.empty() && pipe.Writer().Write(left.data(), left.size(), count)) {
+        left.remove_prefix(count);
+      }
+    });
     core::StdioChannel channel(pipe.Reader(), {});
     core::Lines lines;
     std::size_t count = 0;
-    std::size_t at = 0;
-    while (at < text.size()) {
-      std::size_t written = 0;
-      bool closed = false;
-      pipe.Writer().Write(text.data() + at, std::min(kPiece, text.size() - at), written);
-      at += written;
+    bool closed = false;
+    while (count < text.size() / length) {
       channel.Poll(lines, closed);
       count += lines.size();
       lines.clear();
     }
+    client.join();
     CheckLines(count, length, text);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(text.size()) * state.iterations());
