@@ -69,6 +69,7 @@ class KeyIndex {
   // of their own. For at most 65,536 fields; takes time in proportion to those that are new.
   void Merge(Fields& fields, std::size_t different) {
     std::size_t kept = std::max(merged, different);
+    if (fields.size() > kScanned && kept == different && AreInOrder(fields)) kept = fields.size();
     for (std::size_t i = kept; i < fields.size(); ++i) {
       const std::size_t place = Place(fields, kept, fields[i].first);
       if (place < kept) {
@@ -85,6 +86,19 @@ class KeyIndex {
  private:
   static constexpr std::size_t kScanned = 16;
   static constexpr std::uint32_t kPlaceBits = 0x1'FFFF;
+
+  // Whether the keys ascend, as a sorted table or a counter brings them: then each is new.
+  static bool AreInOrder(const Fields& fields) {
+    const auto no_text_order = [](const Json::Field& left, const Json::Field& right) {
+      return left.first >= right.first;
+    };
+    const auto no_counter_order = [](const Json::Field& left, const Json::Field& right) {
+      if (left.first.size() != right.first.size()) return left.first.size() > right.first.size();
+      return left.first >= right.first;
+    };
+    return std::adjacent_find(fields.begin(), fields.end(), no_text_order) == fields.end() ||
+           std::adjacent_find(fields.begin(), fields.end(), no_counter_order) == fields.end();
+  }
 
   // What a slot holds: a place plus one, and the upper bits of the hash. A free slot holds 0.
   static std::uint32_t Mark(std::uint32_t hash, std::size_t place) {

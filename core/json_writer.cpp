@@ -86,7 +86,7 @@ void WriteText(std::string_view text, TextOutput& out) {
     const std::string_view part = text.substr(0, kTextPart);
     char* const begin = out.Room(kTextPart * 6);
     char* const end = PutTextBytes(part.data(), part.data() + part.size(), begin);
-    out.Advance(static_cast<std::size_t>(end - begin));
+    out.Advance(end);
   }
   out.Put('"');
 }
@@ -99,14 +99,13 @@ void WriteKey(char separator, std::string_view key, TextOutput& out) {
     return;
   }
   // The usual one goes out in one piece.
-  char* const begin = out.Room(kTextPart * 6 + 4);
-  char* to = begin;
+  char* to = out.Room(kTextPart * 6 + 4);
   *to++ = separator;
   *to++ = '"';
   to = PutTextBytes(key.data(), key.data() + key.size(), to);
   *to++ = '"';
   *to++ = ':';
-  out.Advance(static_cast<std::size_t>(to - begin));
+  out.Advance(to);
 }
 
 // Writes a number below 10^8 with leading zeros. Halves, pairs and single digits are taken apart in
@@ -130,7 +129,7 @@ std::size_t CountLastZeros(const char* digits) {
 }
 
 // Writes a positive number below 2^53 and at least 1e-10 with 17 significant digits.
-char* WriteFraction(double number, char* out) {
+char* PutFraction(double number, char* out) {
   constexpr std::string_view kZeros = "0.000";
   constexpr std::uint64_t kTenTo8 = 100'000'000;
   constexpr std::uint64_t kTenTo16 = kTenTo8 * kTenTo8;
@@ -181,30 +180,25 @@ char* WriteFraction(double number, char* out) {
 }
 
 // The bytes that printf's "%.17g" gives, in every locale.
-char* WriteDouble(double number, char* out) {
+char* PutDouble(double number, char* out) {
   if (number < 0) *out++ = '-';
   const double magnitude = std::abs(number);
   if (magnitude >= 1e-10 && magnitude < 9'007'199'254'740'992.0) {
-    return WriteFraction(magnitude, out);
+    return PutFraction(magnitude, out);
   }
   return std::to_chars(out, out + kNumberSize - 1, magnitude, std::chars_format::general, 17).ptr;
 }
 
-void WriteNumber(double number, TextOutput& out) {
+char* PutNumber(double number, char* to) {
   constexpr double kInt64Bound = 9'223'372'036'854'775'808.0;
-  char* const first = out.Room(kNumberSize);
-  char* last = first;
   if (number >= -kInt64Bound && number < kInt64Bound) {
     const auto whole = static_cast<std::int64_t>(number);
-    last = static_cast<double>(whole) == number
-               ? std::to_chars(first, first + kNumberSize, whole).ptr
-               : WriteDouble(number, first);
-  } else if (std::isfinite(number)) {
-    last = WriteDouble(number, first);
-  } else {
-    *last++ = '0';
+    return static_cast<double>(whole) == number ? std::to_chars(to, to + kNumberSize, whole).ptr
+                                                : PutDouble(number, to);
   }
-  out.Advance(static_cast<std::size_t>(last - first));
+  if (std::isfinite(number)) return PutDouble(number, to);
+  *to++ = '0';
+  return to;
 }
 
 void Write(const Json& value, TextOutput& out) {
@@ -216,7 +210,7 @@ void Write(const Json& value, TextOutput& out) {
       out.Put(value.boolean ? "true" : "false");
       break;
     case Json::Kind::Number:
-      WriteNumber(value.number, out);
+      out.Advance(PutNumber(value.number, out.Room(kNumberSize)));
       break;
     case Json::Kind::Text:
       WriteText(value.text, out);
@@ -225,9 +219,16 @@ void Write(const Json& value, TextOutput& out) {
       if (value.items.empty()) out.Put('[');
       char separator = '[';
       for (const Json& item : value.items) {
-        out.Put(separator);
+        if (item.kind == Json::Kind::Number) {
+          // Long lists are mostly lists of numbers.
+          char* const to = out.Room(1 + kNumberSize);
+          *to = separator;
+          out.Advance(PutNumber(item.number, to + 1));
+        } else {
+          out.Put(separator);
+          Write(item, out);
+        }
         separator = ',';
-        Write(item, out);
       }
       out.Put(']');
       break;

@@ -15,19 +15,19 @@ class TextOutput {
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
 
-  // Where up to `size` bytes may be written; Advance then tells how many were. `size` is at most
-  // the buffer's.
+  // Where up to `size` bytes may be written; Advance then tells where what was written ends. `size`
+  // is at most the buffer's.
   char* Room(std::size_t size) {
     if (buffer.size() - used < size) Flush();
     return buffer.data() + used;
   }
-  void Advance(std::size_t size) { used += size; }
+  void Advance(const char* end) { used = static_cast<std::size_t>(end - buffer.data()); }
 
   void Put(char c) {
     *Room(1) = c;
-    Advance(1);
+    ++used;
   }
-  void Put(std::string_view bytes) { Advance(bytes.copy(Room(bytes.size()), bytes.size())); }
+  void Put(std::string_view bytes) { used += bytes.copy(Room(bytes.size()), bytes.size()); }
 
   void Flush() {
     out.append(buffer.data(), used);

@@ -180,6 +180,11 @@ TEST(ReadJson, RepeatedKeysInLargeObjects) {
     expected.Set(key, Json::Int(i));
   }
   EXPECT_EQ(Reread(text), WriteJson(expected));
+
+  // Keys in order, of which only the last one comes again.
+  std::string ordered = "{";
+  for (int i = 10; i < 60; ++i) ordered += "\"k" + std::to_string(i) + "\":1,";
+  EXPECT_EQ(Reread(ordered + "\"k59\":2}"), ordered.substr(0, ordered.size() - 2) + "2}");
 }
 
 TEST(ReadJson, CountsFieldsWithoutRepeatsUpToTheLimit) {
