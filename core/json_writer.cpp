@@ -193,8 +193,10 @@ char* PutNumber(double number, char* to) {
   constexpr double kInt64Bound = 9'223'372'036'854'775'808.0;
   if (number >= -kInt64Bound && number < kInt64Bound) {
     const auto whole = static_cast<std::int64_t>(number);
-    return static_cast<double>(whole) == number ? std::to_chars(to, to + kNumberSize, whole).ptr
-                                                : PutDouble(number, to);
+    if (static_cast<double>(whole) != number) return PutDouble(number, to);
+    if (whole < 0 || whole > 9) return std::to_chars(to, to + kNumberSize, whole).ptr;
+    *to++ = static_cast<char>('0' + whole);
+    return to;
   }
   if (std::isfinite(number)) return PutDouble(number, to);
   *to++ = '0';
