@@ -160,6 +160,9 @@ TEST(ReadJson, Limits) {
   EXPECT_EQ(Reread(nested(64, "1")), nested(64, "1"));
   EXPECT_EQ(Reread(nested(65, " ")), nested(65, ""));
   EXPECT_EQ(Reread(nested(65, "1")), "JSON encaixado demais");
+  for (const char* beyond : {"1,", "1,2,x", "1,,"}) {
+    EXPECT_EQ(Reread(nested(65, beyond)), "JSON encaixado demais") << beyond;
+  }
   EXPECT_EQ(Reread(Repeat("[", 65)), "JSON encaixado demais");
   EXPECT_EQ(Reread(Repeat("{\"a\":", 65)), "JSON encaixado demais");
 
