@@ -69,7 +69,7 @@ class KeyIndex {
   // of their own. For at most 65,536 fields; takes time in proportion to those that are new.
   void Merge(Fields& fields, std::size_t different) {
     std::size_t kept = std::max(merged, different);
-    if (fields.size() > kScanned && kept == different && AreInOrder(fields)) kept = fields.size();
+    if (merged == 0 && fields.size() > kScanned && AreInOrder(fields)) kept = fields.size();
     for (std::size_t i = kept; i < fields.size(); ++i) {
       const std::size_t place = Place(fields, kept, fields[i].first);
       if (place < kept) {

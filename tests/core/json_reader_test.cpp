@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -188,6 +189,17 @@ TEST(ReadJson, RepeatedKeysInLargeObjects) {
   std::string ordered = "{";
   for (int i = 10; i < 60; ++i) ordered += "\"k" + std::to_string(i) + "\":1,";
   EXPECT_EQ(Reread(ordered + "\"k59\":2}"), ordered.substr(0, ordered.size() - 2) + "2}");
+}
+
+// A full object like the one before it, and then the same key on and on. Looking through all fields
+// for each repeat would take half a minute.
+TEST(ReadJson, RepeatsInAFullObjectTakeTimeInProportion) {
+  std::string full = "{\"k0\":0";
+  for (int i = 1; i < 65'535; ++i) full += ",\"k" + std::to_string(i) + "\":1";
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(Reread("[" + full + "}," + full + Repeat(",\"k0\":0", 200'000) + "}]"),
+            "[" + full + "}," + full + "}]");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
 }
 
 TEST(ReadJson, CountsFieldsWithoutRepeatsUpToTheLimit) {
