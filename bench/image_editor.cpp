@@ -47,7 +47,7 @@ int main(int argc, char** argv) {
       }
       pipe.Send(connection, reply + "}");
     }
-    zorvik::core::Lines lines;
+    core::Lines lines;
     console.Poll(lines, closed);
     core::SleepMilliseconds(1);
   }

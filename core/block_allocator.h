@@ -12,8 +12,8 @@ void* TakeListMemory(std::size_t size);
 // `size` is what was asked for.
 void GiveListMemoryBack(void* memory, std::size_t size) noexcept;
 
-// Memory that no document needs any more is kept for a while, since the next message mostly needs
-// as much. Returns to the system what is kept by then.
+// Memory that no document needs any more is kept, since the next message mostly needs as much.
+// Returns to the system what is kept.
 void ReleaseSpareMemory();
 
 // Gives a standard container its memory from there.

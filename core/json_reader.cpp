@@ -18,11 +18,10 @@ constexpr std::size_t kTextLimit = 16'777'216;
 constexpr std::size_t kFieldLimit = 65'536;
 constexpr std::size_t kItemLimit = 8'388'608;
 constexpr int kDepthLimit = 65;
-constexpr std::size_t kFewItems = 4;
-constexpr std::size_t kFewFields = 4;
-// Longer lists and objects get the room that they will need at once.
-constexpr std::size_t kItemsBeforeCounting = 16;
-constexpr std::size_t kFieldsBeforeCounting = 16;
+// The room that a list or an object begins with. From the second number on it gets the room at once
+// that it will need.
+constexpr std::size_t kFirstRoom = 4;
+constexpr std::size_t kRoomBeforeCounting = 16;
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
@@ -231,7 +230,7 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
   out.kind = Json::Kind::Object;
   at = SkipSpace(at);
   if (Is(at, '}')) return at + 1;
-  out.fields.reserve(model.fields.empty() ? kFewFields : model.fields.size());
+  out.fields.reserve(model.fields.empty() ? kFirstRoom : model.fields.size());
   KeyIndex index;
   std::size_t like_model = 0;  // So many first keys are those of the model, so they are different.
   for (std::size_t count = 0;; ++count) {
@@ -254,7 +253,7 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
         return at == nullptr ? nullptr : Fail("objeto com campos demais");
       }
     }
-    if (count >= kFieldsBeforeCounting && count == out.fields.capacity()) {
+    if (count >= kRoomBeforeCounting && count == out.fields.capacity()) {
       out.fields.reserve(count + std::max(count, CountFields(at, end)));
     }
     Json::Field& field = out.fields.emplace_back(
@@ -296,12 +295,12 @@ const char* Reader::Array(const char* at, Json& out, int depth, const Json& mode
   out.kind = Json::Kind::Array;
   at = SkipSpace(at);
   if (Is(at, ']')) return at + 1;
-  out.items.reserve(model.items.empty() ? kFewItems : model.items.size());
+  out.items.reserve(model.items.empty() ? kFirstRoom : model.items.size());
   std::size_t room = out.items.capacity();
   // More items than a list may hold don't fit a text of the greatest length, so nobody counts them.
   for (std::size_t count = 0;; ++count) {
     if (count == room) {
-      const std::size_t more = count < kItemsBeforeCounting ? count : CountScalars(at, end);
+      const std::size_t more = count < kRoomBeforeCounting ? count : CountScalars(at, end);
       out.items.reserve(count + std::max(count, more));
       room = out.items.capacity();
     }
@@ -400,12 +399,6 @@ const char* Reader::Number(const char* at, Json& out) {
   for (; at < end && IsDigit(*at); ++at)
     mantissa = mantissa * 10 + static_cast<unsigned>(*at - '0');
   std::ptrdiff_t digits = at - first;
-  if (at < end && (*at == ',' || *at == ']' || *at == '}') && digits > 0 && digits <= 15) {
-    out.kind = Json::Kind::Number;
-    out.number = static_cast<double>(static_cast<std::int64_t>(mantissa));
-    if (negative) out.number = -out.number;
-    return at;
-  }
   int exponent = 0;
   if (Is(at, '.')) {
     const char* const fraction = at + 1;

@@ -80,7 +80,7 @@ void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& worl
       for (const std::int32_t connection : ended) bridge.Forget(connection);
       misbehaviour.Tick();
     }
-    zorvik::core::Lines lines;
+    core::Lines lines;
     console.Poll(lines, closed);
     for (const std::string& line : lines) {
       if (line == "sair") return;

@@ -1,12 +1,11 @@
+#include "core/block_pool.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <random>
 #include <vector>
-
-#include "core/block_pool.h"
-#include "core/large_blocks.h"
 
 namespace zorvik::core {
 namespace {
@@ -76,23 +75,6 @@ TEST(BlockPoolTest, AnEmptyChunkServesAnotherSize) {
   for (void*& block : blocks) block = pool.Take(32);
   EXPECT_EQ(pool.ChunkCount(), chunks);
   for (void* block : blocks) pool.GiveBack(block, 32);
-}
-
-TEST(LargeBlocksTest, ABlockIsKeptForTheSameSizeOnly) {
-  LargeBlocks blocks;
-  void* const first = blocks.Take(2'000'000);
-  void* const second = blocks.Take(3'000'000);
-  blocks.GiveBack(first, 2'000'000);
-  blocks.GiveBack(second, 3'000'000);
-  EXPECT_EQ(blocks.Take(2'000'000), first);
-  EXPECT_EQ(blocks.SpareCount(), 1u);
-  void* const other = blocks.Take(3'000'001);
-  EXPECT_EQ(blocks.SpareCount(), 0u);
-  blocks.GiveBack(first, 2'000'000);
-  blocks.GiveBack(other, 3'000'001);
-  EXPECT_EQ(blocks.SpareCount(), 2u);
-  blocks.Release();
-  EXPECT_EQ(blocks.SpareCount(), 0u);
 }
 
 }  // namespace
