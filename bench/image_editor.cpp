@@ -8,9 +8,9 @@
 #include "authoring/protocols.h"
 #include "core/editor_registry.h"
 #include "core/json.h"
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/server.h"
 #include "core/process.h"
-#include "core/stdio_channel.h"
+#include "core/local_pipe/stdio_channel.h"
 
 namespace core = zorvik::core;
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/block_allocator.h"
+#include "core/json/block_allocator.h"
 
 namespace zorvik::core {
 

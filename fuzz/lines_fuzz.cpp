@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "core/lines.h"
+#include "core/local_pipe/lines.h"
 #include "fuzz/generate.h"
 #include "fuzz/require.h"
 

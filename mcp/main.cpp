@@ -3,12 +3,12 @@
 #include <utility>
 
 #include "authoring/protocols.h"
-#include "core/block_allocator.h"
+#include "core/json/block_allocator.h"
 #include "core/editor_registry.h"
 #include "core/platform/files.h"
 #include "core/platform/streams.h"
 #include "core/process.h"
-#include "core/stdio_channel.h"
+#include "core/local_pipe/stdio_channel.h"
 #include "mcp/command_line.h"
 #include "mcp/log_file.h"
 #include "mcp/pipe_gateway.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/editor_registry.h"
-#include "core/local_pipe_client.h"
+#include "core/local_pipe/client.h"
 #include "mcp/editor_gateway.h"
 
 namespace zorvik::mcp {

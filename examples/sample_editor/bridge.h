@@ -8,7 +8,7 @@
 #include <string>
 
 #include "core/json.h"
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/server.h"
 #include "examples/sample_editor/world.h"
 
 namespace zorvik::sample_editor {

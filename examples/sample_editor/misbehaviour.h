@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "core/json.h"
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/server.h"
 
 namespace zorvik::sample_editor {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "core/editor_registry.h"
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/server.h"
 #include "core/process.h"
 #include "tests/support/editor_process.h"
 #include "tests/support/mcp_client.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/server.h"
 #include "core/process.h"
 
 namespace zorvik::testing {

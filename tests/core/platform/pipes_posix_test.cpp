@@ -20,8 +20,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/local_pipe_client.h"
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/client.h"
+#include "core/local_pipe/server.h"
 
 namespace zorvik::core {
 namespace {

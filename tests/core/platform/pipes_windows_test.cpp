@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <string>
 
-#include "core/local_pipe_client.h"
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/client.h"
+#include "core/local_pipe/server.h"
 
 namespace zorvik::core {
 namespace {

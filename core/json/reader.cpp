@@ -6,10 +6,10 @@
 #include <system_error>
 #include <tuple>
 
-#include "core/decimal_scaling.h"
+#include "core/json/decimal_scaling.h"
 #include "core/json.h"
-#include "core/json_key_index.h"
-#include "core/json_text_scan.h"
+#include "core/json/key_index.h"
+#include "core/json/text_scan.h"
 
 namespace zorvik::core {
 namespace {

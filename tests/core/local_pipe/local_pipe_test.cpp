@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "core/lines.h"
-#include "core/local_pipe_client.h"
-#include "core/local_pipe_server.h"
+#include "core/local_pipe/lines.h"
+#include "core/local_pipe/client.h"
+#include "core/local_pipe/server.h"
 #include "core/platform/error_codes.h"
 #include "core/platform/pipes.h"
 #include "core/platform/process.h"

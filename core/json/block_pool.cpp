@@ -1,4 +1,4 @@
-#include "core/block_pool.h"
+#include "core/json/block_pool.h"
 
 #include <new>
 

@@ -1,7 +1,7 @@
-#include "core/block_allocator.h"
+#include "core/json/block_allocator.h"
 
-#include "core/block_pool.h"
-#include "core/large_blocks.h"
+#include "core/json/block_pool.h"
+#include "core/json/large_blocks.h"
 #include "core/platform/memory.h"
 
 namespace zorvik::core {

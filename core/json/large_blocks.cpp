@@ -1,4 +1,4 @@
-#include "core/large_blocks.h"
+#include "core/json/large_blocks.h"
 
 #include <new>
 

@@ -1,6 +1,6 @@
 #include <new>
 
-#include "core/block_allocator.h"
+#include "core/json/block_allocator.h"
 
 // For builds with sanitizers: they only see what happens to memory that comes from the system block
 // by block.

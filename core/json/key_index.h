@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "core/json.h"
-#include "core/json_text_scan.h"
-#include "core/wide_product.h"
+#include "core/json/text_scan.h"
+#include "core/json/wide_product.h"
 
 namespace zorvik::core {
 

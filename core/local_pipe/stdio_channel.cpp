@@ -1,4 +1,4 @@
-#include "core/stdio_channel.h"
+#include "core/local_pipe/stdio_channel.h"
 
 #include <algorithm>
 #include <array>

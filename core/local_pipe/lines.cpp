@@ -1,4 +1,4 @@
-#include "core/lines.h"
+#include "core/local_pipe/lines.h"
 
 #include <utility>
 

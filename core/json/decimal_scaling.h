@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "core/wide_product.h"
+#include "core/json/wide_product.h"
 
 // The arithmetic that turns decimal digits into doubles and back for the numbers of everyday, to
 // the last bit. The standard library does the same for all numbers, but takes several times as

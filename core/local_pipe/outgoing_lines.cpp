@@ -1,4 +1,4 @@
-#include "core/outgoing_lines.h"
+#include "core/local_pipe/outgoing_lines.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,16 +1,16 @@
-#include "core/local_pipe_client.h"
+#include "core/local_pipe/client.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <utility>
 
-#include "core/lines.h"
-#include "core/outgoing_lines.h"
+#include "core/local_pipe/lines.h"
+#include "core/local_pipe/outgoing_lines.h"
 #include "core/platform/error_codes.h"
 #include "core/platform/pipes.h"
 #include "core/platform/process.h"
-#include "core/system_message.h"
+#include "core/local_pipe/system_message.h"
 
 namespace zorvik::core {
 namespace {

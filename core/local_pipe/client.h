@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "core/lines.h"
+#include "core/local_pipe/lines.h"
 
 namespace zorvik::core {
 

@@ -4,10 +4,10 @@
 #include <charconv>
 #include <cmath>
 
-#include "core/decimal_scaling.h"
+#include "core/json/decimal_scaling.h"
 #include "core/json.h"
-#include "core/json_text_scan.h"
-#include "core/text_output.h"
+#include "core/json/text_scan.h"
+#include "core/json/text_output.h"
 
 namespace zorvik::core {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "core/lines.h"
+#include "core/local_pipe/lines.h"
 #include "core/platform/streams.h"
 
 namespace zorvik::core {
