@@ -49,12 +49,8 @@ core::Json ErrorBody(std::string code, std::string message, std::string hint, co
   core::Json body;
   body.Set("code", core::Json::Text(std::move(code)));
   body.Set("message", core::Json::Text(std::move(message)));
-  if (!hint.empty()) {
-    body.Set("hint", core::Json::Text(std::move(hint)));
-  }
-  if (details.kind != core::Json::Kind::Null) {
-    body.Set("details", std::move(details));
-  }
+  if (!hint.empty()) body.Set("hint", core::Json::Text(std::move(hint)));
+  if (details.kind != core::Json::Kind::Null) body.Set("details", std::move(details));
   return body;
 }
 

@@ -20,9 +20,8 @@ Json& Member(Json& document, std::string_view key, Json initial) {
 Schema Schema::Typed(std::string_view type, std::string_view description) {
   Schema schema;
   schema.document.Set("type", Json::Text(std::string(type)));
-  if (!description.empty()) {
+  if (!description.empty())
     schema.document.Set("description", Json::Text(std::string(description)));
-  }
   return schema;
 }
 
@@ -86,9 +85,7 @@ Schema& Schema::MaxLength(int limit) {
 
 Schema& Schema::Enum(std::initializer_list<const char*> words) {
   Json list = Json::Array();
-  for (const char* word : words) {
-    list.Add(Json::Text(word));
-  }
+  for (const char* word : words) list.Add(Json::Text(word));
   document.Set("enum", std::move(list));
   return *this;
 }
@@ -105,9 +102,7 @@ Schema& Schema::Open() {
 
 Schema& Schema::Field(std::string_view name, Schema schema, bool required) {
   Member(document, "properties", Json::Object()).Set(name, std::move(schema.document));
-  if (required) {
-    Member(document, "required", Json::Array()).Add(Json::Text(std::string(name)));
-  }
+  if (required) Member(document, "required", Json::Array()).Add(Json::Text(std::string(name)));
   return *this;
 }
 

@@ -24,16 +24,10 @@ struct Place {
 };
 
 std::string PathText(const Place& place) {
-  if (place.parent == nullptr) {
-    return {};
-  }
+  if (place.parent == nullptr) return {};
   std::string text = PathText(*place.parent);
-  if (!place.is_key) {
-    return text + '[' + std::to_string(place.index) + ']';
-  }
-  if (!text.empty()) {
-    text += '.';
-  }
+  if (!place.is_key) return text + '[' + std::to_string(place.index) + ']';
+  if (!text.empty()) text += '.';
   return text.append(place.key);
 }
 
@@ -50,9 +44,8 @@ struct Fault {
 };
 
 std::string NumberText(double number) {
-  if (std::trunc(number) == number && std::fabs(number) < 1e15) {
+  if (std::trunc(number) == number && std::fabs(number) < 1e15)
     return std::to_string(static_cast<long long>(number));
-  }
   // The largest double has 309 digits in front of the point.
   std::array<char, 336> digits{};
   const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number,
@@ -62,18 +55,18 @@ std::string NumberText(double number) {
 
 // The limit of a length. A negative one or NaN bounds as 0 does.
 std::size_t CountLimit(double limit) {
-  if (!(limit > 0)) {
-    return 0;
-  }
+  if (!(limit > 0)) return 0;
   // The largest size rounds up to a power of two as a double, so it must not be converted back.
   constexpr std::size_t kLargest = std::numeric_limits<std::size_t>::max();
   return limit < static_cast<double>(kLargest) ? static_cast<std::size_t>(limit) : kLargest;
 }
 
 std::size_t CountCharacters(std::string_view text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;  // No continuation byte.
-  }));
+  return static_cast<std::size_t>(std::count_if(
+      text.begin(), text.end(),
+      [](char byte) {
+        return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;  // No continuation byte.
+      }));
 }
 
 bool IsOfType(const Json& value, std::string_view type) {
@@ -110,9 +103,7 @@ std::string_view TypeWord(std::string_view type) {
 }
 
 bool IsEntry(const Json& value, const Json& entry) {
-  if (value.kind != entry.kind) {
-    return false;
-  }
+  if (value.kind != entry.kind) return false;
   return (value.kind == Json::Kind::Text && value.text == entry.text) ||
          (value.kind == Json::Kind::Number && value.number == entry.number);
 }
@@ -121,9 +112,7 @@ bool Check(const Json& schema, const Json& value, const Place& place, const Faul
 
 bool CheckType(const Json& schema, const Json& value, const Place& place, const Fault& fault) {
   const Json& type = schema.At("type");
-  if (type.kind != Json::Kind::Text || IsOfType(value, type.text)) {
-    return true;
-  }
+  if (type.kind != Json::Kind::Text || IsOfType(value, type.text)) return true;
   return fault.At(place, std::string("deveria ser ").append(TypeWord(type.text)));
 }
 
@@ -131,9 +120,8 @@ bool CheckEnum(const Json& schema, const Json& value, const Place& place, const 
   const Json& entries = schema.At("enum");
   if (entries.kind != Json::Kind::Array ||
       std::any_of(entries.items.begin(), entries.items.end(),
-                  [&value](const Json& entry) { return IsEntry(value, entry); })) {
+                  [&value](const Json& entry) { return IsEntry(value, entry); }))
     return true;
-  }
   std::string reason = "deveria ser um de:";
   for (const Json& entry : entries.items) {
     reason += ' ';
@@ -144,38 +132,30 @@ bool CheckEnum(const Json& schema, const Json& value, const Place& place, const 
 
 bool CheckNumber(const Json& schema, double number, const Place& place, const Fault& fault) {
   const Json& minimum = schema.At("minimum");
-  if (minimum.kind == Json::Kind::Number && number < minimum.number) {
+  if (minimum.kind == Json::Kind::Number && number < minimum.number)
     return fault.At(place, "deveria ser no minimo " + NumberText(minimum.number));
-  }
   const Json& maximum = schema.At("maximum");
-  if (maximum.kind == Json::Kind::Number && number > maximum.number) {
+  if (maximum.kind == Json::Kind::Number && number > maximum.number)
     return fault.At(place, "deveria ser no maximo " + NumberText(maximum.number));
-  }
   return true;
 }
 
 bool CheckCount(const Json& minimum, const Json& maximum, std::size_t count, const char* unit,
                 const Place& place, const Fault& fault) {
-  if (minimum.kind == Json::Kind::Number && count < CountLimit(minimum.number)) {
+  if (minimum.kind == Json::Kind::Number && count < CountLimit(minimum.number))
     return fault.At(place, "deveria ter pelo menos " + NumberText(minimum.number) + unit);
-  }
-  if (maximum.kind == Json::Kind::Number && count > CountLimit(maximum.number)) {
+  if (maximum.kind == Json::Kind::Number && count > CountLimit(maximum.number))
     return fault.At(place, "deveria ter no maximo " + NumberText(maximum.number) + unit);
-  }
   return true;
 }
 
 bool CheckItems(const Json& schema, const Json& value, const Place& place, const Fault& fault) {
   const Json& items = schema.At("items");
-  if (items.kind != Json::Kind::Object) {
-    return true;
-  }
+  if (items.kind != Json::Kind::Object) return true;
   Place element;
   element.parent = &place;
   for (const Json& item : value.items) {
-    if (!Check(items, item, element, fault)) {
-      return false;
-    }
+    if (!Check(items, item, element, fault)) return false;
     ++element.index;
   }
   return true;
@@ -201,9 +181,7 @@ bool CheckFields(const Json& schema, const Json& value, const Place& place, cons
     member.key = key;
     const Json& declared = properties.At(key);
     if (declared.kind == Json::Kind::Object) {
-      if (!Check(declared, content, member, fault)) {
-        return false;
-      }
+      if (!Check(declared, content, member, fault)) return false;
     } else if (closed) {
       return fault.At(member, "nao e um campo desta ferramenta");
     }
@@ -213,9 +191,8 @@ bool CheckFields(const Json& schema, const Json& value, const Place& place, cons
 
 // The order of the checks shows in the answer, because the first fault is the one that is told.
 bool Check(const Json& schema, const Json& value, const Place& place, const Fault& fault) {
-  if (!CheckType(schema, value, place, fault) || !CheckEnum(schema, value, place, fault)) {
+  if (!CheckType(schema, value, place, fault) || !CheckEnum(schema, value, place, fault))
     return false;
-  }
   switch (value.kind) {
     case Json::Kind::Number:
       return CheckNumber(schema, value.number, place, fault);

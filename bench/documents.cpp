@@ -20,7 +20,7 @@ constexpr std::size_t kImageSize = 12'000'000;
 constexpr int kFieldLimit = 65'536;
 
 std::string ToolListAnswer() {
-  testing::ServerSession session;
+  tests::ServerSession session;
   session.Initialize("2025-11-25");
   return session.Ask(R"({"jsonrpc":"2.0","id":1,"method":"tools/list"})");
 }
@@ -33,9 +33,8 @@ std::string Reply(sample_editor::World& world, const std::string& operation,
   Json result = Json::Object();
   Json error;
   if (!core::ParseJson(arguments, args, fault) ||
-      !RunOperation(world, {operation, std::move(args), {"agent", "bench"}}, result, error)) {
+      !RunOperation(world, {operation, std::move(args), {"agent", "bench"}}, result, error))
     throw std::runtime_error(operation + ": " + fault + core::WriteJson(error));
-  }
   Json reply = Json::Object();
   reply.Set("id", Json::Int(1));
   reply.Set("ok", Json::Bool(true));
@@ -73,9 +72,8 @@ std::string CaptureReply() {
 // One object with as many fields as are allowed, no two objects with the same keys.
 std::string LargeObject(int first_key) {
   std::string text = "{";
-  for (int i = 0; i < kFieldLimit; ++i) {
+  for (int i = 0; i < kFieldLimit; ++i)
     text += (i > 0 ? ",\"k" : "\"k") + std::to_string(first_key + i) + "\":1";
-  }
   return text + "}";
 }
 
@@ -137,13 +135,11 @@ std::string FullObjects(int count) {
   std::string text = R"({"objects":[)";
   for (int i = 0; i < count; ++i) {
     if (i > 0) text += ',';
-    for (const char c : kObject) {
-      if (c == '@') {
+    for (const char c : kObject)
+      if (c == '@')
         text += std::to_string(i);
-      } else {
+      else
         text += c;
-      }
-    }
   }
   return text + R"(],"label":"Vila","request_id":"bench-1"})";
 }

@@ -9,8 +9,8 @@
 #include "core/editor_registry.h"
 #include "core/json.h"
 #include "core/local_pipe/server.h"
-#include "core/process.h"
 #include "core/local_pipe/stdio_channel.h"
+#include "core/process.h"
 
 namespace core = zorvik::core;
 

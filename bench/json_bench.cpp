@@ -3,12 +3,12 @@
 // as it is meant to be used.
 
 #include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <simdjson.h>
 
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "bench/documents.h"

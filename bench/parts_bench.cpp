@@ -13,8 +13,8 @@
 #include "bench/documents.h"
 #include "core/editor_registry.h"
 #include "core/local_pipe/lines.h"
-#include "core/process.h"
 #include "core/local_pipe/stdio_channel.h"
+#include "core/process.h"
 #include "mcp/server.h"
 #include "tests/support/byte_pipe.h"
 #include "tests/support/scripted_gateway.h"
@@ -65,9 +65,8 @@ void ChannelInPieces(benchmark::State& state) {
     std::thread client([&] {
       std::string_view left = text;
       std::size_t count = 0;
-      while (!left.empty() && pipe.Writer().Write(left.data(), left.size(), count)) {
+      while (!left.empty() && pipe.Writer().Write(left.data(), left.size(), count))
         left.remove_prefix(count);
-      }
     });
     core::StdioChannel channel(pipe.Reader(), {});
     core::Lines lines;
@@ -91,11 +90,8 @@ void ValidateFullObjects(benchmark::State& state) {
   std::string field;
   std::string reason;
   core::ParseJson(FullObjects(256), arguments, reason);
-  for (auto _ : state) {
-    if (!authoring::Validate(schema, arguments, field, reason)) {
-      throw std::runtime_error(reason);
-    }
-  }
+  for (auto _ : state)
+    if (!authoring::Validate(schema, arguments, field, reason)) throw std::runtime_error(reason);
 }
 BENCHMARK(ValidateFullObjects);
 
@@ -115,17 +111,15 @@ void ListRecords(benchmark::State& state) {
     const std::string name = std::to_string(record.pid) + ".json";
     std::filesystem::rename(home.Editors() / name, home.Editors() / (std::to_string(i) + name));
   }
-  for (auto _ : state) {
-    if (core::ListEditorRecords().size() != static_cast<std::size_t>(state.range(0))) {
+  for (auto _ : state)
+    if (core::ListEditorRecords().size() != static_cast<std::size_t>(state.range(0)))
       throw std::runtime_error("records are missing");
-    }
-  }
 }
 BENCHMARK(ListRecords)->Arg(1)->Arg(10)->Arg(100);
 
 // A server in this process, with one editor that answers at once.
 void AskServer(benchmark::State& state, const std::string& request, const std::string& reply) {
-  testing::ScriptedGateway gateway;
+  tests::ScriptedGateway gateway;
   gateway.Open("vale");
   std::size_t answered = 0;
   mcp::Server server(gateway, [&](const std::string& line) { answered += line.size() > 10; }, {});

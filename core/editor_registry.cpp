@@ -28,9 +28,8 @@ std::vector<std::filesystem::path> RecordFiles() {
   std::error_code failure;
   if (!std::filesystem::is_directory(folder, failure)) return files;
   std::filesystem::directory_iterator entry(folder, failure);
-  for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+  for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
     if (entry->path().extension() == ".json") files.push_back(entry->path());
-  }
   std::sort(files.begin(), files.end());
   return files;
 }

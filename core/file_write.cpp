@@ -48,9 +48,8 @@ WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWri
 
   const std::filesystem::path folder = path.parent_path();
   if (!folder.empty() &&
-      (!platform::CreatePrivateFolders(folder) || TakeInjected(WriteStep::CreateFolder))) {
+      (!platform::CreatePrivateFolders(folder) || TakeInjected(WriteStep::CreateFolder)))
     return failure(WriteStatus::FolderFailed, "não foi possível criar a pasta de " + name + ".");
-  }
 
   // Declared before the stream, so that it goes after the stream is closed.
   const TemporaryFile temporary(path);
@@ -60,9 +59,8 @@ WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWri
     stream.open(temporary.Path(),
                 encoding == FileEncoding::Binary ? text_mode | std::ios::binary : text_mode);
   }
-  if (!stream.is_open() || TakeInjected(WriteStep::OpenTemporary)) {
+  if (!stream.is_open() || TakeInjected(WriteStep::OpenTemporary))
     return failure(WriteStatus::WriteFailed, not_written);
-  }
 
   std::string reason;
   const bool produced = writer(stream, reason);
@@ -71,9 +69,8 @@ WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWri
     if (reason.empty()) reason = "o conteúdo de " + name + " não pôde ser produzido.";
     return failure(WriteStatus::ContentFailed, std::move(reason));
   }
-  if (!stream || TakeInjected(WriteStep::WriteTemporary)) {
+  if (!stream || TakeInjected(WriteStep::WriteTemporary))
     return failure(WriteStatus::WriteFailed, not_written);
-  }
   if (!platform::SyncFile(temporary.Path()) || TakeInjected(WriteStep::SyncTemporary)) {
     return failure(WriteStatus::WriteFailed, "não foi possível gravar " + name +
                                                  " no disco (o disco recusou a sincronização). "

@@ -54,8 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
   const std::string input = bytes.Text(size);
   zorvik::fuzz::Check(sizes, input, 0);
   // The limit is far away and the way there slow, so only some inputs go.
-  if (const std::size_t hash = std::hash<std::string>()(text); hash % 512 == 0) {
+  if (const std::size_t hash = std::hash<std::string>()(text); hash % 512 == 0)
     zorvik::fuzz::Check(sizes, input, zorvik::core::kLineRestLimit - hash / 512 % (size + 2));
-  }
   return 0;
 }

@@ -132,8 +132,8 @@ class Run {
     return joined;
   }
 
-  testing::ServerSession session;
-  testing::ScriptedGateway& gateway = session.gateway;
+  tests::ServerSession session;
+  tests::ScriptedGateway& gateway = session.gateway;
   ServerModel model;
 };
 

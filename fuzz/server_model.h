@@ -110,26 +110,23 @@ class ServerModel {
       return told + " -32600";
     }
     if (method == "tools/call") return CallTool(told, params);
-    for (const char* known : {"ping", "server/discover", "tools/list", "logging/setLevel"}) {
+    for (const char* known : {"ping", "server/discover", "tools/list", "logging/setLevel"})
       if (method == known) return told + " result";
-    }
     return told + " -32601";
   }
 
   // Empty when the answer comes later.
   std::string CallTool(const std::string& id, const Json& params) {
     const authoring::ToolSpec* tool = nullptr;
-    for (const authoring::ToolSpec& row : authoring::Tools()) {
+    for (const authoring::ToolSpec& row : authoring::Tools())
       if (row.name == params.At("name").TextOr("")) tool = &row;
-    }
     if (tool == nullptr) return id + " -32602";
     Json arguments = params.At("arguments");
     if (arguments.kind == Json::Kind::Null) arguments = Json::Object();
     const std::string wanted = arguments.At("editor_id").TextOr("");
     const core::EditorRecord* chosen = nullptr;
-    for (const core::EditorRecord& editor : editors) {
+    for (const core::EditorRecord& editor : editors)
       if (wanted.empty() ? editors.size() == 1 : editor.editor_id == wanted) chosen = &editor;
-    }
     if (arguments.kind != Json::Kind::Object ||
         !SlowValidate(tool->input, arguments).reason.empty() || tool->name == "editor_list" ||
         chosen == nullptr)
@@ -145,10 +142,9 @@ class ServerModel {
     for (const auto& [bridge_id, call] : calls) {
       if (call.id != id) continue;
       const std::uint64_t own_id = next_id++;
-      for (const core::EditorRecord& editor : editors) {
+      for (const core::EditorRecord& editor : editors)
         if (editor.editor_id == call.editor && !send_fails)
           Forward(editor, own_id, "cancel " + std::to_string(bridge_id));
-      }
       calls.erase(bridge_id);
       return;
     }

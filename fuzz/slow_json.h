@@ -194,9 +194,8 @@ inline bool Same(const Json& a, const Json& b) {
               std::bit_cast<std::uint64_t>(a.number) == std::bit_cast<std::uint64_t>(b.number) &&
               a.items.size() == b.items.size() && a.fields.size() == b.fields.size();
   for (std::size_t i = 0; same && i < a.items.size(); ++i) same = Same(a.items[i], b.items[i]);
-  for (std::size_t i = 0; same && i < a.fields.size(); ++i) {
+  for (std::size_t i = 0; same && i < a.fields.size(); ++i)
     same = a.fields[i].first == b.fields[i].first && Same(a.fields[i].second, b.fields[i].second);
-  }
   return same;
 }
 

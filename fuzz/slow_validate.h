@@ -48,9 +48,8 @@ inline void SlowCheck(const Json& schema, const Json& value, const std::string& 
                                    {"number", "um numero", number && std::isfinite(value.number)},
                                    {"integer", "um inteiro", integer},
                                    {"boolean", "verdadeiro ou falso", value.kind == Kind::Bool},
-                                   {"null", "nulo", value.kind == Kind::Null}}) {
+                                   {"null", "nulo", value.kind == Kind::Null}})
     if (schema.At("type").TextOr("") == type) unfit = fits ? "" : word;
-  }
   if (schema.At("type").kind == Kind::Text && !unfit.empty()) fail("deveria ser " + unfit);
 
   if (schema.At("enum").kind == Kind::Array) {
@@ -96,18 +95,16 @@ inline void SlowCheck(const Json& schema, const Json& value, const std::string& 
   }
   if (value.kind != Kind::Object) return;
   const std::string prefix = path.empty() ? "" : path + ".";
-  for (const Json& name : schema.At("required").items) {
+  for (const Json& name : schema.At("required").items)
     if (name.kind == Kind::Text && !value.Has(name.text))
       throw Fault{prefix + name.text, "e obrigatorio"};
-  }
   const Json& open = schema.At("additionalProperties");
   for (const auto& [key, content] : value.fields) {
     const Json& declared = schema.At("properties").At(key);
-    if (declared.kind == Kind::Object) {
+    if (declared.kind == Kind::Object)
       SlowCheck(declared, content, prefix + key);
-    } else if (open.kind == Kind::Bool && !open.boolean) {
+    else if (open.kind == Kind::Bool && !open.boolean)
       throw Fault{prefix + key, "nao e um campo desta ferramenta"};
-    }
   }
 }
 

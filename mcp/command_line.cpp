@@ -14,9 +14,8 @@ namespace {
 void PrintVersion() {
   std::printf("%s %s (MCP %s; legado", authoring::kServerName, authoring::kServerVersion,
               authoring::kNewestProtocol);
-  for (const std::string& version : authoring::LegacyProtocols()) {
+  for (const std::string& version : authoring::LegacyProtocols())
     std::printf(" %s", version.c_str());
-  }
   std::printf("; ponte %s)\n", authoring::kBridgeProtocol);
 }
 
@@ -52,15 +51,14 @@ void PrintHelp() {
 bool ServeInformationOption(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     const std::string_view argument = argv[i];
-    if (argument == "--version") {
+    if (argument == "--version")
       PrintVersion();
-    } else if (argument == "--catalogo") {
+    else if (argument == "--catalogo")
       PrintCatalog();
-    } else if (argument == "--help") {
+    else if (argument == "--help")
       PrintHelp();
-    } else {
+    else
       continue;
-    }
     return true;
   }
   return false;

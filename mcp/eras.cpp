@@ -55,9 +55,8 @@ std::string ClientLabel(const Json& info) {
 Json Server::Initialize(const Json& id, const Json& params) {
   const std::string requested = params.At("protocolVersion").TextOr("");
   std::string chosen = authoring::LegacyProtocols().front();
-  for (const std::string& version : authoring::LegacyProtocols()) {
+  for (const std::string& version : authoring::LegacyProtocols())
     if (version == requested) chosen = version;
-  }
   legacy_version = chosen;
   client_label = ClientLabel(params.At("clientInfo"));
   Log("initialize (legado): cliente pediu " + requested + ", servindo " + chosen + " para " +

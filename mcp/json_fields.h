@@ -10,9 +10,8 @@ namespace zorvik::mcp {
 // Moves the value of a field out of an object and leaves a null in its place. Null when there is no
 // such field. Large documents pass through the server this way without being copied.
 inline core::Json TakeField(core::Json& object, std::string_view key) {
-  for (auto& [name, value] : object.fields) {
+  for (auto& [name, value] : object.fields)
     if (name == key) return std::exchange(value, core::Json());
-  }
   return {};
 }
 

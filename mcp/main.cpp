@@ -3,12 +3,12 @@
 #include <utility>
 
 #include "authoring/protocols.h"
-#include "core/json/block_allocator.h"
 #include "core/editor_registry.h"
+#include "core/json/block_allocator.h"
+#include "core/local_pipe/stdio_channel.h"
 #include "core/platform/files.h"
 #include "core/platform/streams.h"
 #include "core/process.h"
-#include "core/local_pipe/stdio_channel.h"
 #include "mcp/command_line.h"
 #include "mcp/log_file.h"
 #include "mcp/pipe_gateway.h"
@@ -48,9 +48,8 @@ void Run(zorvik::mcp::LogFile& log) {
       release_memory = Clock::now() + kSpareMemoryKept;
       worked = false;
     }
-    if (lines.empty() && !closed && output_alive) {
+    if (lines.empty() && !closed && output_alive)
       zorvik::core::SleepMilliseconds(server.PendingCount() != 0 ? kBusySleepMs : kIdleSleepMs);
-    }
   }
   log.Line("encerrado");
 }

@@ -32,17 +32,15 @@ Json DocumentOf(Json& reply) {
   Json result = TakeField(reply, "result");
   document.fields.reserve(result.fields.size() + 2);
   document.Set("ok", Json::Bool(true));
-  if (reply.At("revision").kind == Json::Kind::Number) {
+  if (reply.At("revision").kind == Json::Kind::Number)
     document.Set("revision", reply.At("revision"));
-  }
   for (auto& [key, value] : result.fields) {
     // The keys of `result` differ from each other, so only these two can be there already. Looking
     // every key up would take quadratic time.
-    if (key == "ok" || key == "revision") {
+    if (key == "ok" || key == "revision")
       document.Set(key, std::move(value));
-    } else {
+    else
       document.fields.emplace_back(std::move(key), std::move(value));
-    }
   }
   return document;
 }

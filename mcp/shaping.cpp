@@ -18,13 +18,11 @@ Json TakeImage(Json& element) {
   Json cleaned = Json::Object();
   if (element.kind == Json::Kind::Object) {
     cleaned.fields.reserve(element.fields.size());
-    for (auto& [key, value] : element.fields) {
-      if (key == "data_base64") {
+    for (auto& [key, value] : element.fields)
+      if (key == "data_base64")
         data = std::move(value);
-      } else {
+      else
         cleaned.fields.emplace_back(std::move(key), std::move(value));
-      }
-    }
   }
   Json block = Json::Object();
   block.Set("type", Json::Text("image"));

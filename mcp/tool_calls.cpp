@@ -19,9 +19,8 @@ namespace {
 
 bool ValidArguments(const authoring::ToolSpec& tool, const Json& arguments, std::string& field,
                     std::string& reason) {
-  if (arguments.kind == Json::Kind::Object) {
+  if (arguments.kind == Json::Kind::Object)
     return authoring::Validate(tool.input, arguments, field, reason);
-  }
   reason = "arguments deve ser um objeto";
   return false;
 }
@@ -30,9 +29,8 @@ bool ValidArguments(const authoring::ToolSpec& tool, const Json& arguments, std:
 Json TakeForwarded(Json& arguments) {
   Json forwarded = Json::Object();
   forwarded.fields.reserve(arguments.fields.size());
-  for (auto& [key, value] : arguments.fields) {
+  for (auto& [key, value] : arguments.fields)
     if (key != "editor_id") forwarded.fields.emplace_back(std::move(key), std::move(value));
-  }
   return forwarded;
 }
 
@@ -96,9 +94,8 @@ const EditorRecord* Server::Target(const Json& arguments, std::vector<EditorReco
                                    Json& error) {
   records = gateway.List();
   const std::string wanted = arguments.At("editor_id").TextOr("");
-  for (const EditorRecord& record : records) {
+  for (const EditorRecord& record : records)
     if (wanted.empty() ? records.size() == 1 : record.editor_id == wanted) return &record;
-  }
 
   if (wanted.empty() && records.empty()) {
     error = ToolError("no_editor", "Nenhum editor de mundo da ZORVIK aberto com a ponte de IA.",

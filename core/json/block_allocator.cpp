@@ -33,13 +33,12 @@ void* TakeListMemory(std::size_t size) {
 }
 
 void GiveListMemoryBack(void* memory, std::size_t size) noexcept {
-  if (size <= BlockPool::kLargestBlock) {
+  if (size <= BlockPool::kLargestBlock)
     Memory().small.GiveBack(memory, size);
-  } else if (size >= kLargeBlock) {
+  else if (size >= kLargeBlock)
     Memory().large.GiveBack(memory, size);
-  } else {
+  else
     ::operator delete(memory);
-  }
 }
 
 void ReleaseSpareMemory() {

@@ -1,7 +1,7 @@
-#include "core/json.h"
-
 #include <cmath>
 #include <limits>
+
+#include "core/json.h"
 
 namespace zorvik::core {
 namespace {
@@ -77,9 +77,8 @@ std::string Json::TextOr(std::string fallback) const {
 std::int64_t Json::IntOr(std::int64_t fallback) const {
   if (kind != Kind::Number) return fallback;
   // Written so that NaN takes this way too: converting it would be undefined.
-  if (!(number >= -kInt64Bound && number < kInt64Bound)) {
+  if (!(number >= -kInt64Bound && number < kInt64Bound))
     return std::numeric_limits<std::int64_t>::min();
-  }
   return static_cast<std::int64_t>(number);
 }
 

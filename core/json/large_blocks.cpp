@@ -16,11 +16,10 @@ void* LargeBlocks::Take(std::size_t size) {
 }
 
 void LargeBlocks::GiveBack(void* block, std::size_t size) noexcept {
-  if (count == spare.size()) {
+  if (count == spare.size())
     ::operator delete(block);
-  } else {
+  else
     spare[count++] = {block, size};
-  }
 }
 
 void LargeBlocks::Release() noexcept {

@@ -6,8 +6,8 @@
 #include <system_error>
 #include <tuple>
 
-#include "core/json/decimal_scaling.h"
 #include "core/json.h"
+#include "core/json/decimal_scaling.h"
 #include "core/json/key_index.h"
 #include "core/json/text_scan.h"
 
@@ -75,7 +75,8 @@ char* PutUtf8(unsigned code, char* to) {
 }
 
 bool IsZero(const char* mantissa, const char* mantissa_end) {
-  return std::none_of(mantissa, mantissa_end, [](char c) { return c >= '1' && c <= '9'; });
+  return std::none_of(
+      mantissa, mantissa_end, [](char c) { return c >= '1' && c <= '9'; });
 }
 
 // The value of digits with at most one point among them, the way a number with an exponent marker
@@ -122,9 +123,8 @@ std::size_t CountUntil(const char* at, const char* end, std::array<char, 4> stop
     while (at < stop) {
       // In a byte, of which the processor adds up many at once.
       std::uint8_t hits = 0;
-      for (const char* const part_end = at + std::min(kPart, stop - at); at < part_end; ++at) {
+      for (const char* const part_end = at + std::min(kPart, stop - at); at < part_end; ++at)
         hits = static_cast<std::uint8_t>(hits + counts(at));
-      }
       count += hits;
     }
   }
@@ -253,9 +253,8 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
         return at == nullptr ? nullptr : Fail("objeto com campos demais");
       }
     }
-    if (count >= kRoomBeforeCounting && count == out.fields.capacity()) {
+    if (count >= kRoomBeforeCounting && count == out.fields.capacity())
       out.fields.reserve(count + std::max(count, CountFields(at, end)));
-    }
     Json::Field& field = out.fields.emplace_back(
         std::piecewise_construct, std::forward_as_tuple(key), std::forward_as_tuple());
     // Where there is no model, the field before may be one: schemas of many properties are alike.
@@ -316,11 +315,10 @@ const char* Reader::Array(const char* at, Json& out, int depth, const Json& mode
     at = Value(at, item, depth + 1, count > 0 ? *(&item - 1) : Nothing);
     if (at == nullptr) return nullptr;
     at = SkipSpace(at);
-    if (Is(at, ',')) {
+    if (Is(at, ','))
       ++at;
-    } else {
+    else
       return Is(at, ']') ? at + 1 : Fail("esperava \",\" ou \"]\"");
-    }
   }
 }
 
@@ -416,9 +414,8 @@ const char* Reader::Number(const char* at, Json& out) {
     if (minus || Is(at, '+')) ++at;
     bare_marker = at == end || !IsDigit(*at);
     int written = 0;
-    for (; at < end && IsDigit(*at); ++at) {
+    for (; at < end && IsDigit(*at); ++at)
       if (written < 10'000) written = written * 10 + (*at - '0');
-    }
     exponent += minus ? -written : written;
   }
 

@@ -54,9 +54,8 @@ inline const char* TakeDigits(const char* at, const char* end, std::uint64_t& nu
     number = number * 100'000'000 + values;
     at += 8;
   }
-  for (; at < end && *at >= '0' && *at <= '9'; ++at) {
+  for (; at < end && *at >= '0' && *at <= '9'; ++at)
     number = number * 10 + static_cast<unsigned char>(*at - '0');
-  }
   return at;
 }
 

@@ -4,10 +4,10 @@
 #include <charconv>
 #include <cmath>
 
-#include "core/json/decimal_scaling.h"
 #include "core/json.h"
-#include "core/json/text_scan.h"
+#include "core/json/decimal_scaling.h"
 #include "core/json/text_output.h"
+#include "core/json/text_scan.h"
 
 namespace zorvik::core {
 namespace {
@@ -183,9 +183,7 @@ char* PutFraction(double number, char* out) {
 char* PutDouble(double number, char* out) {
   if (number < 0) *out++ = '-';
   const double magnitude = std::abs(number);
-  if (magnitude >= 1e-10 && magnitude < 9'007'199'254'740'992.0) {
-    return PutFraction(magnitude, out);
-  }
+  if (magnitude >= 1e-10 && magnitude < 9'007'199'254'740'992.0) return PutFraction(magnitude, out);
   return std::to_chars(out, out + kNumberSize - 1, magnitude, std::chars_format::general, 17).ptr;
 }
 

@@ -7,10 +7,10 @@
 
 #include "core/local_pipe/lines.h"
 #include "core/local_pipe/outgoing_lines.h"
+#include "core/local_pipe/system_message.h"
 #include "core/platform/error_codes.h"
 #include "core/platform/pipes.h"
 #include "core/platform/process.h"
-#include "core/local_pipe/system_message.h"
 
 namespace zorvik::core {
 namespace {
@@ -60,9 +60,7 @@ bool LocalPipeClient::Connect(const std::string& name, std::int32_t timeout_ms,
       impl->clock() + static_cast<std::uint64_t>(std::max<std::int32_t>(timeout_ms, 0));
   while (true) {
     const std::uint32_t code = platform::OpenPipe(name, impl->end);
-    if (code == platform::kNoError) {
-      return true;
-    }
+    if (code == platform::kNoError) return true;
     const std::uint64_t now = impl->clock();
     if (code == platform::kFileNotFound) {
       error = "nenhum editor escuta em " + name;
@@ -99,29 +97,21 @@ bool LocalPipeClient::Receive(Lines& lines, std::string& error) {
     error = kNotConnected;
     return false;
   }
-  if (!impl->outgoing.Pump(impl->end)) {
+  if (!impl->outgoing.Pump(impl->end))
     return impl->Fail("o editor parou de ler o que foi mandado", error);
-  }
   while (true) {
     std::size_t available = 0;
-    if (!impl->end.Peek(available)) {
+    if (!impl->end.Peek(available)) return impl->Fail(kConnectionLost, error);
+    if (available == 0) return true;
+    if (!impl->end.StartRead(std::min(available, kReadLimit)))
       return impl->Fail(kConnectionLost, error);
-    }
-    if (available == 0) {
-      return true;
-    }
-    if (!impl->end.StartRead(std::min(available, kReadLimit))) {
-      return impl->Fail(kConnectionLost, error);
-    }
     // The bytes are there already, so the wait is only a guard.
     std::string_view bytes;
-    if (impl->end.FinishRead(bytes, kReadWaitMs) != platform::Progress::Done) {
+    if (impl->end.FinishRead(bytes, kReadWaitMs) != platform::Progress::Done)
       return impl->Fail("leitura do editor sem resposta", error);
-    }
     impl->incoming.Append(bytes);
-    if (!TakeLines(impl->incoming, lines)) {
+    if (!TakeLines(impl->incoming, lines))
       return impl->Fail("o editor mandou uma linha grande demais", error);
-    }
   }
 }
 

@@ -30,9 +30,7 @@ bool TakeLines(LineBuffer& buffer, Lines& lines) {
   std::size_t feed = bytes.find('\n', buffer.scanned);
   while (feed != std::string::npos) {
     std::size_t end = feed;
-    if (end > begin && bytes[end - 1] == '\r') {
-      --end;
-    }
+    if (end > begin && bytes[end - 1] == '\r') --end;
     if (begin == 0 && end > 0 && feed + 1 == bytes.size()) {
       // The usual case, and the one of a very long line: nothing but this line is there, so it is
       // handed over without a copy.
@@ -41,9 +39,7 @@ bool TakeLines(LineBuffer& buffer, Lines& lines) {
       buffer.Clear();
       return true;
     }
-    if (end > begin) {
-      lines.emplace_back(bytes, begin, end - begin);
-    }
+    if (end > begin) lines.emplace_back(bytes, begin, end - begin);
     begin = feed + 1;
     feed = bytes.find('\n', begin);
   }

@@ -46,9 +46,7 @@ bool OutgoingLines::Pump(platform::PipeEnd& end) {
         queue.pop_front();
       }
       // An offset instead of erasing the front: a line of many megabytes goes out in many pieces.
-      if (!end.StartWrite(std::string_view(writing).substr(written))) {
-        return false;
-      }
+      if (!end.StartWrite(std::string_view(writing).substr(written))) return false;
       in_flight = true;
       write_started = clock ? clock() : 0;
     }

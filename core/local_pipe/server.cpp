@@ -7,9 +7,9 @@
 
 #include "core/local_pipe/lines.h"
 #include "core/local_pipe/outgoing_lines.h"
+#include "core/local_pipe/system_message.h"
 #include "core/platform/error_codes.h"
 #include "core/platform/pipes.h"
-#include "core/local_pipe/system_message.h"
 
 namespace zorvik::core {
 namespace {
@@ -25,9 +25,7 @@ struct Instance {
   Instance& operator=(const Instance&) = delete;
   // A dropped client may still read what was written for it; any other is cut off.
   ~Instance() {
-    if (connected && !dropped) {
-      end.Disconnect();
-    }
+    if (connected && !dropped) end.Disconnect();
   }
 
   std::int32_t id = 0;
@@ -41,9 +39,7 @@ struct Instance {
 
 // Each stage answers false when the connection has failed.
 bool AcceptStage(Instance& instance) {
-  if (instance.connected) {
-    return true;
-  }
+  if (instance.connected) return true;
   const platform::Progress progress = instance.end.FinishAccept();
   instance.connected = progress == platform::Progress::Done;
   return progress != platform::Progress::Failed;
@@ -52,28 +48,19 @@ bool AcceptStage(Instance& instance) {
 bool ReadStage(Instance& instance, std::vector<LocalPipeServer::Message>& messages) {
   for (int pass = 0; pass < kReadPassesPerPoll; ++pass) {
     if (!instance.reading) {
-      if (!instance.end.StartRead(kReadLimit)) {
-        return false;
-      }
+      if (!instance.end.StartRead(kReadLimit)) return false;
       instance.reading = true;
       continue;
     }
     std::string_view bytes;
     const platform::Progress progress = instance.end.FinishRead(bytes, 0);
-    if (progress != platform::Progress::Done) {
-      return progress == platform::Progress::Pending;
-    }
+    if (progress != platform::Progress::Done) return progress == platform::Progress::Pending;
     instance.reading = false;
     instance.incoming.Append(bytes);
     Lines lines;
-    if (!TakeLines(instance.incoming, lines)) {
-      return false;
-    }
-    if (!instance.dropped) {
-      for (std::string& line : lines) {
-        messages.push_back({instance.id, std::move(line)});
-      }
-    }
+    if (!TakeLines(instance.incoming, lines)) return false;
+    if (!instance.dropped)
+      for (std::string& line : lines) messages.push_back({instance.id, std::move(line)});
   }
   return true;
 }
@@ -120,9 +107,7 @@ bool LocalPipeServer::Impl::Listen(std::string& error) {
 void LocalPipeServer::Impl::TopUp() {
   std::int32_t connected = 0;
   for (const auto& instance : instances) {
-    if (!instance->connected) {
-      return;
-    }
+    if (!instance->connected) return;
     ++connected;
   }
   if (connected < limit) {
@@ -172,46 +157,36 @@ const std::string& LocalPipeServer::Name() const {
 }
 
 std::size_t LocalPipeServer::Connections() const {
-  return static_cast<std::size_t>(
-      std::count_if(impl->instances.begin(), impl->instances.end(),
-                    [](const auto& instance) { return instance->connected; }));
+  return static_cast<std::size_t>(std::count_if(
+      impl->instances.begin(), impl->instances.end(),
+      [](const auto& instance) { return instance->connected; }));
 }
 
 void LocalPipeServer::Poll(std::vector<Message>& messages, std::vector<std::int32_t>& closed) {
-  if (!impl->open) {
-    return;
-  }
+  if (!impl->open) return;
   for (std::size_t index = 0; index < impl->instances.size();) {
     Instance& instance = *impl->instances[index];
     bool well = AcceptStage(instance);
-    if (well && instance.connected) {
+    if (well && instance.connected)
       well = ReadStage(instance, messages) && instance.outgoing.Pump(instance.end);
-    }
-    if (!well && instance.connected) {
-      closed.push_back(instance.id);
-    }
-    if (!well || (instance.dropped && instance.outgoing.Idle())) {
+    if (!well && instance.connected) closed.push_back(instance.id);
+    if (!well || (instance.dropped && instance.outgoing.Idle()))
       impl->instances.erase(impl->instances.begin() + static_cast<std::ptrdiff_t>(index));
-    } else {
+    else
       ++index;
-    }
   }
   impl->TopUp();
 }
 
 bool LocalPipeServer::Send(std::int32_t connection, std::string line) {
   Instance* instance = impl->Find(connection);
-  if (instance == nullptr || !instance->connected || instance->dropped) {
-    return false;
-  }
+  if (instance == nullptr || !instance->connected || instance->dropped) return false;
   instance->outgoing.Push(std::move(line));
   return true;
 }
 
 void LocalPipeServer::Drop(std::int32_t connection) {
-  if (Instance* instance = impl->Find(connection)) {
-    instance->dropped = true;
-  }
+  if (Instance* instance = impl->Find(connection)) instance->dropped = true;
 }
 
 void LocalPipeServer::Close() {

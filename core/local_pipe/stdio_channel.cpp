@@ -32,9 +32,8 @@ void StdioChannel::Poll(Lines& lines, bool& closed) {
       // When all there is is the beginning of a line, its rest is on its way, in pieces no larger
       // than the pipe. Waiting a moment for each is shorter than the main loop's sleep.
       const bool within_line = lines.empty() && !buffer.bytes.empty();
-      if (open && available == 0 && within_line && input.WaitForMore()) {
+      if (open && available == 0 && within_line && input.WaitForMore())
         open = input.Peek(available);
-      }
       if (!open) {
         End(lines);
         break;

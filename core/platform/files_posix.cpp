@@ -1,3 +1,5 @@
+#include "core/platform/files.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -6,8 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
-
-#include "core/platform/files.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -35,9 +35,8 @@ class Descriptor {
 
 bool Sync(const Descriptor& file) {
   if (!file.Valid()) return false;
-  while (fsync(file.Number()) != 0) {
+  while (fsync(file.Number()) != 0)
     if (errno != EINTR) return false;
-  }
   return true;
 }
 

@@ -64,9 +64,8 @@ bool CreatePrivateFolders(const std::filesystem::path& path) {
 
 bool CreatePrivateFile(const std::filesystem::path& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
-  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
     DeleteFileW(path.c_str());
-  }
   return File(path, GENERIC_WRITE, CREATE_ALWAYS).Valid();
 }
 

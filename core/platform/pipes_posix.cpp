@@ -6,6 +6,8 @@
 // yet. It is closed as soon as that client is accepted; until the next one is made, the lock tells
 // a client that the name is busy and not gone.
 
+#include "core/platform/pipes.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -22,7 +24,6 @@
 #include <utility>
 
 #include "core/platform/error_codes.h"
-#include "core/platform/pipes.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -62,9 +63,7 @@ std::uint32_t ErrorCode(int error) {
 template <typename Call>
 auto Retry(Call call) {
   auto result = call();
-  while (result == -1 && errno == EINTR) {
-    result = call();
-  }
+  while (result == -1 && errno == EINTR) result = call();
   return result;
 }
 
@@ -102,15 +101,12 @@ struct Place {
 };
 
 std::uint32_t FindPlace(const std::string& name, Place& place) {
-  if (name.empty() || name.find('/') != std::string::npos || name.find('\0') != std::string::npos) {
+  if (name.empty() || name.find('/') != std::string::npos || name.find('\0') != std::string::npos)
     return kInvalidName;
-  }
   place.folder = "/tmp/zorvik-" + std::to_string(geteuid());
   place.socket = place.folder + "/" + name + ".sock";
   place.lock = place.folder + "/" + name + ".lock";
-  if (place.socket.size() >= sizeof place.address.sun_path) {
-    return kInvalidName;
-  }
+  if (place.socket.size() >= sizeof place.address.sun_path) return kInvalidName;
   place.address.sun_family = AF_UNIX;
   place.socket.copy(place.address.sun_path, place.socket.size());
   return kNoError;
@@ -119,9 +115,7 @@ std::uint32_t FindPlace(const std::string& name, Place& place) {
 // Anybody can make things in /tmp, so the folder is trusted only if nobody else could have.
 std::uint32_t CheckFolder(const std::string& folder) {
   struct stat status {};
-  if (lstat(folder.c_str(), &status) == -1) {
-    return ErrorCode(errno);
-  }
+  if (lstat(folder.c_str(), &status) == -1) return ErrorCode(errno);
   const bool is_private =
       S_ISDIR(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & 077) == 0;
   return is_private ? kNoError : kAccessDenied;
@@ -162,23 +156,16 @@ bool IsAt(const Descriptor& file, const std::string& path) {
 // when some other descriptor of the same file is closed, and it also holds between two servers in
 // one process.
 std::uint32_t Claim(const Place& place, Descriptor& claim) {
-  if (mkdir(place.folder.c_str(), 0700) == -1 && errno != EEXIST) {
-    return ErrorCode(errno);
-  }
-  if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) {
-    return code;
-  }
+  if (mkdir(place.folder.c_str(), 0700) == -1 && errno != EEXIST) return ErrorCode(errno);
+  if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) return code;
   for (int attempt = 0; attempt < kClaimAttempts; ++attempt) {
     Descriptor file(Retry([&] {
       return open(place.lock.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
     }));
-    if (!file.Valid()) {
-      return ErrorCode(errno);
-    }
+    if (!file.Valid()) return ErrorCode(errno);
     struct flock lock = WholeFile();
-    if (Retry([&] { return fcntl(file.Get(), F_OFD_SETLK, &lock); }) == -1) {
+    if (Retry([&] { return fcntl(file.Get(), F_OFD_SETLK, &lock); }) == -1)
       return errno == EAGAIN ? kAccessDenied : ErrorCode(errno);
-    }
     // A server that leaves removes its file, perhaps between our opening and locking of it.
     if (IsAt(file, place.lock)) {
       claim = std::move(file);
@@ -219,9 +206,7 @@ struct PipeEnd::Native {
 bool PipeEnd::Native::SendSome() {
   const ssize_t count = Retry(
       [&] { return send(socket.Get(), rest.data(), rest.size(), MSG_NOSIGNAL | MSG_DONTWAIT); });
-  if (count == -1) {
-    return errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM;
-  }
+  if (count == -1) return errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM;
   taken = static_cast<std::size_t>(count);
   return true;
 }
@@ -235,17 +220,13 @@ bool PipeEnd::Valid() const {
 
 bool PipeEnd::Peek(std::size_t& available) {
   int count = 0;
-  if (ioctl(native->socket.Get(), FIONREAD, &count) == -1) {
-    return false;
-  }
+  if (ioctl(native->socket.Get(), FIONREAD, &count) == -1) return false;
   if (count == 0) {
     // Nothing there, or the end of the stream: only a read tells.
     char byte = 0;
     const ssize_t peeked =
         Retry([&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
-    if (peeked == 0 || (peeked == -1 && errno != EAGAIN)) {
-      return false;
-    }
+    if (peeked == 0 || (peeked == -1 && errno != EAGAIN)) return false;
     count = std::max(0, static_cast<int>(peeked));
   }
   available = static_cast<std::size_t>(count);
@@ -268,15 +249,10 @@ Progress PipeEnd::FinishRead(std::string_view& bytes, std::uint32_t wait_ms) {
     });
   };
   ssize_t count = read();
-  if (count == -1 && errno == EAGAIN && wait_ms > 0 && WaitReadable(native->socket, wait_ms)) {
+  if (count == -1 && errno == EAGAIN && wait_ms > 0 && WaitReadable(native->socket, wait_ms))
     count = read();
-  }
-  if (count == -1 && errno == EAGAIN) {
-    return Progress::Pending;
-  }
-  if (count <= 0) {
-    return Progress::Failed;
-  }
+  if (count == -1 && errno == EAGAIN) return Progress::Pending;
+  if (count <= 0) return Progress::Failed;
   bytes = std::string_view(native->buffer.get(), static_cast<std::size_t>(count));
   return Progress::Done;
 }
@@ -288,35 +264,27 @@ bool PipeEnd::StartWrite(std::string_view bytes) {
 }
 
 Progress PipeEnd::FinishWrite(std::size_t& count) {
-  if (native->taken == 0 && !native->SendSome()) {
-    return Progress::Failed;
-  }
+  if (native->taken == 0 && !native->SendSome()) return Progress::Failed;
   count = native->taken;
   return count > 0 ? Progress::Done : Progress::Pending;
 }
 
 Progress PipeEnd::FinishAccept() {
-  if (!WaitReadable(native->socket, 0)) {
-    return Progress::Pending;
-  }
+  if (!WaitReadable(native->socket, 0)) return Progress::Pending;
   // First nobody else may come in, since accepting makes room for one more.
   shutdown(native->socket.Get(), SHUT_RDWR);
   Descriptor client(Retry([&] {
     return accept4(native->socket.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
   }));
   native->socket.Reset();
-  if (!client.Valid() || !PeerIsTrusted(client.Get())) {
-    return Progress::Failed;
-  }
+  if (!client.Valid() || !PeerIsTrusted(client.Get())) return Progress::Failed;
   EnlargeSendBuffer(client);
   native->socket = std::move(client);
   return Progress::Done;
 }
 
 void PipeEnd::Disconnect() {
-  if (Valid()) {
-    shutdown(native->socket.Get(), SHUT_RDWR);
-  }
+  if (Valid()) shutdown(native->socket.Get(), SHUT_RDWR);
 }
 
 void PipeEnd::Close() {
@@ -326,16 +294,10 @@ void PipeEnd::Close() {
 std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
   end.Close();
   Place place;
-  if (const std::uint32_t code = FindPlace(name, place); code != kNoError) {
-    return code;
-  }
-  if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) {
-    return code;
-  }
+  if (const std::uint32_t code = FindPlace(name, place); code != kNoError) return code;
+  if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) return code;
   Descriptor socket = NewSocket();
-  if (!socket.Valid()) {
-    return ErrorCode(errno);
-  }
+  if (!socket.Valid()) return ErrorCode(errno);
   const auto* address = reinterpret_cast<const sockaddr*>(&place.address);
   if (Retry([&] { return connect(socket.Get(), address, sizeof place.address); }) == -1) {
     switch (errno) {
@@ -348,9 +310,7 @@ std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
         return ErrorCode(errno);
     }
   }
-  if (!PeerIsTrusted(socket.Get())) {
-    return kAccessDenied;
-  }
+  if (!PeerIsTrusted(socket.Get())) return kAccessDenied;
   EnlargeSendBuffer(socket);
   end.native->socket = std::move(socket);
   return kNoError;
@@ -379,23 +339,17 @@ std::uint32_t PipeService::Create(const std::string& name, bool first, int /*max
                                   PipeEnd& end) {
   if (first) {
     Release();
-    if (const std::uint32_t code = FindPlace(name, native->place); code != kNoError) {
+    if (const std::uint32_t code = FindPlace(name, native->place); code != kNoError) return code;
+    if (const std::uint32_t code = Claim(native->place, native->claim); code != kNoError)
       return code;
-    }
-    if (const std::uint32_t code = Claim(native->place, native->claim); code != kNoError) {
-      return code;
-    }
   }
   const char* path = native->place.address.sun_path;
   Descriptor socket = NewSocket();
-  if (!socket.Valid() || (unlink(path) == -1 && errno != ENOENT)) {
-    return ErrorCode(errno);
-  }
+  if (!socket.Valid() || (unlink(path) == -1 && errno != ENOENT)) return ErrorCode(errno);
   const auto* address = reinterpret_cast<const sockaddr*>(&native->place.address);
   if (bind(socket.Get(), address, sizeof native->place.address) == -1 || chmod(path, 0600) == -1 ||
-      listen(socket.Get(), 0) == -1) {
+      listen(socket.Get(), 0) == -1)
     return ErrorCode(errno);
-  }
   end.native->socket = std::move(socket);
   return kNoError;
 }

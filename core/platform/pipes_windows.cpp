@@ -1,3 +1,5 @@
+#include "core/platform/pipes.h"
+
 #include <windows.h>
 
 #include <sddl.h>
@@ -7,7 +9,6 @@
 #include <vector>
 
 #include "core/platform/error_codes.h"
-#include "core/platform/pipes.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -21,9 +22,7 @@ struct Operation {
   Operation(const Operation&) = delete;
   Operation& operator=(const Operation&) = delete;
   ~Operation() {
-    if (overlapped.hEvent != nullptr) {
-      CloseHandle(overlapped.hEvent);
-    }
+    if (overlapped.hEvent != nullptr) CloseHandle(overlapped.hEvent);
   }
 
   // Without its event nothing could be waited for, so nothing may be started.
@@ -37,16 +36,12 @@ struct Operation {
   }
 
   Progress Collect(HANDLE file, DWORD& count) {
-    if (!pending) {
-      return Progress::Failed;
-    }
+    if (!pending) return Progress::Failed;
     if (GetOverlappedResult(file, &overlapped, &count, FALSE) != FALSE) {
       pending = false;
       return Progress::Done;
     }
-    if (GetLastError() == ERROR_IO_INCOMPLETE) {
-      return Progress::Pending;
-    }
+    if (GetLastError() == ERROR_IO_INCOMPLETE) return Progress::Pending;
     pending = false;
     return Progress::Failed;
   }
@@ -84,9 +79,7 @@ bool IsUsable(const std::string& name) {
 // The security identifier of this process's user as text; empty when it can't be told.
 std::wstring UserIdentifier() {
   HANDLE token = nullptr;
-  if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) {
-    return {};
-  }
+  if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return {};
   DWORD size = 0;
   GetTokenInformation(token, TokenUser, nullptr, 0, &size);
   std::vector<unsigned char> user(size);
@@ -95,9 +88,8 @@ std::wstring UserIdentifier() {
   CloseHandle(token);
   wchar_t* text = nullptr;
   if (!known || ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid,
-                                       &text) == FALSE) {
+                                       &text) == FALSE)
     return {};
-  }
   std::wstring identifier = text;
   LocalFree(text);
   return identifier;
@@ -119,9 +111,7 @@ struct PipeEnd::Native {
 
 void PipeEnd::Native::Cancel() {
   CancelIoEx(file, nullptr);
-  if (accept) {
-    accept->AwaitEnd(file);
-  }
+  if (accept) accept->AwaitEnd(file);
   read.AwaitEnd(file);
   write.AwaitEnd(file);
 }
@@ -137,9 +127,7 @@ bool PipeEnd::Valid() const {
 
 bool PipeEnd::Peek(std::size_t& available) {
   DWORD count = 0;
-  if (PeekNamedPipe(native->file, nullptr, 0, nullptr, &count, nullptr) == FALSE) {
-    return false;
-  }
+  if (PeekNamedPipe(native->file, nullptr, 0, nullptr, &count, nullptr) == FALSE) return false;
   available = count;
   return true;
 }
@@ -156,14 +144,11 @@ bool PipeEnd::StartRead(std::size_t limit) {
 
 Progress PipeEnd::FinishRead(std::string_view& bytes, std::uint32_t wait_ms) {
   if (wait_ms > 0 && native->read.pending &&
-      WaitForSingleObject(native->read.overlapped.hEvent, wait_ms) != WAIT_OBJECT_0) {
+      WaitForSingleObject(native->read.overlapped.hEvent, wait_ms) != WAIT_OBJECT_0)
     return Progress::Pending;
-  }
   DWORD count = 0;
   const Progress progress = native->read.Collect(native->file, count);
-  if (progress == Progress::Done) {
-    bytes = std::string_view(native->buffer.get(), count);
-  }
+  if (progress == Progress::Done) bytes = std::string_view(native->buffer.get(), count);
   return progress;
 }
 
@@ -202,9 +187,7 @@ void PipeEnd::Close() {
 
 std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
   end.Close();
-  if (!IsUsable(name)) {
-    return kInvalidName;
-  }
+  if (!IsUsable(name)) return kInvalidName;
   const std::wstring path = PipePath(name);  // Kept past the call, lest freeing it lose the error.
   end.native->file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                  OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
@@ -235,9 +218,7 @@ bool PipeService::Prepare() {
 std::uint32_t PipeService::Create(const std::string& name, bool first, int max_instances,
                                   PipeEnd& end) {
   end.Close();
-  if (!IsUsable(name)) {
-    return kInvalidName;
-  }
+  if (!IsUsable(name)) return kInvalidName;
   SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), native->descriptor, FALSE};
   end.native->accept = std::make_unique<Operation>();
   const std::wstring path = PipePath(name);  // As in OpenPipe.
@@ -252,12 +233,8 @@ std::uint32_t PipeService::Create(const std::string& name, bool first, int max_i
 std::uint32_t PipeService::Listen(PipeEnd& end, bool& connected) {
   Operation& accept = *end.native->accept;
   connected = false;
-  if (!accept.Reset()) {
-    return kNotEnoughMemory;
-  }
-  if (accept.Started(ConnectNamedPipe(end.native->file, &accept.overlapped))) {
-    return kNoError;
-  }
+  if (!accept.Reset()) return kNotEnoughMemory;
+  if (accept.Started(ConnectNamedPipe(end.native->file, &accept.overlapped))) return kNoError;
   const DWORD code = GetLastError();
   connected = code == ERROR_PIPE_CONNECTED;
   return connected ? kNoError : code;

@@ -1,3 +1,5 @@
+#include "core/platform/process.h"
+
 #include <sys/random.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -10,7 +12,6 @@
 #include <thread>
 
 #include "core/platform/files.h"
-#include "core/platform/process.h"
 
 namespace zorvik::core::platform {
 
@@ -37,11 +38,10 @@ bool FillRandom(unsigned char* bytes, std::size_t count) {
   std::size_t filled = 0;
   while (filled < count) {
     const ssize_t got = getrandom(bytes + filled, count - filled, 0);
-    if (got >= 0) {
+    if (got >= 0)
       filled += static_cast<std::size_t>(got);
-    } else if (errno != EINTR) {
+    else if (errno != EINTR)
       return false;
-    }
   }
   return true;
 }

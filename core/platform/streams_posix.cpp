@@ -1,3 +1,5 @@
+#include "core/platform/streams.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -7,8 +9,6 @@
 
 #include <cerrno>
 #include <csignal>
-
-#include "core/platform/streams.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -34,9 +34,8 @@ bool QueuedBytes(int fd, std::size_t& count) {
 
 short PollEvents(int fd, short events, int timeout_ms) {
   pollfd entry = {fd, events, 0};
-  while (poll(&entry, 1, timeout_ms) < 0) {
+  while (poll(&entry, 1, timeout_ms) < 0)
     if (errno != EINTR) return POLLERR;
-  }
   return entry.revents;
 }
 
@@ -95,11 +94,10 @@ bool InputStream::Peek(std::size_t& available) const {
   // Nothing there: because nothing has come yet, or because nothing will. The bytes are counted
   // once more after the question for the end, since the peer may write and go in between.
   bool ended = false;
-  if (FileType(fd) == S_IFSOCK) {
+  if (FileType(fd) == S_IFSOCK)
     ended = SocketEnded(fd);
-  } else {
+  else
     ended = (PollEvents(fd, POLLIN, 0) & (POLLHUP | POLLERR | POLLNVAL)) != 0;
-  }
   return QueuedBytes(fd, available) && (available > 0 || !ended);
 }
 

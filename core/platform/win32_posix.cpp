@@ -1,9 +1,9 @@
+#include "core/win32.h"
+
 #include <dlfcn.h>
 
 #include <atomic>
 #include <system_error>
-
-#include "core/win32.h"
 
 namespace zorvik::core::win32 {
 namespace {

@@ -97,9 +97,8 @@ Json Bridge::Answer(const Json& request) {
                   request.At("args"),
                   {"agent", request.At("client").TextOr("cliente MCP")}};
   const std::string& request_id = call.args.At("request_id").text;
-  if (!ValidRequestId(request_id)) {
+  if (!ValidRequestId(request_id))
     return Failure(id, InvalidArgument("request_id", "aceita so A-Z a-z 0-9 _ . : -"));
-  }
   // Two clients may well count their requests alike.
   const std::string key = call.author.client + '\n' + request_id;
   if (const auto known = remembered.find(key); known != remembered.end()) {

@@ -62,12 +62,10 @@ bool FramedBox(const Objects& objects, const Json& frame, std::pair<Vec3, Vec3>&
   const Json& bounds = frame.At("bounds");
   if (frame.Has("bounds") || ids.empty()) {
     for (const double x : {bounds.Has("min_x") ? bounds.At("min_x").number : -kTerrainHalf,
-                           bounds.Has("max_x") ? bounds.At("max_x").number : kTerrainHalf}) {
+                           bounds.Has("max_x") ? bounds.At("max_x").number : kTerrainHalf})
       for (const double z : {bounds.Has("min_z") ? bounds.At("min_z").number : -kTerrainHalf,
-                             bounds.Has("max_z") ? bounds.At("max_z").number : kTerrainHalf}) {
+                             bounds.Has("max_z") ? bounds.At("max_z").number : kTerrainHalf})
         Enclose(box, {x, GroundHeight(x, z), z});
-      }
-    }
   }
   return true;
 }
@@ -80,13 +78,12 @@ bool ReadCamera(const Objects& objects, const Json& args, double aspect, Camera&
     camera.target = ReadVector(given.At("target"), {});
     camera.fov = given.Has("fov") ? given.At("fov").number : kDefaultFov;
     const double distance = Length(camera.target - camera.position);
-    if (args.Has("frame")) {
+    if (args.Has("frame"))
       error = InvalidArgument("frame", "camera ja diz de onde olhar");
-    } else if (!(distance > 0) || !std::isfinite(distance)) {
+    else if (!(distance > 0) || !std::isfinite(distance))
       error = InvalidArgument("camera.target", "deveria ficar longe de position");
-    } else {
+    else
       return true;
-    }
     return false;
   }
   const Json& frame = args.At("frame");
@@ -149,9 +146,8 @@ bool InspectCapture(World& world, const Call& call, Json& result, Json& error) {
   const auto width = static_cast<std::uint32_t>(call.args.At("width").IntOr(960));
   const auto height = static_cast<std::uint32_t>(call.args.At("height").IntOr(540));
   Camera camera;
-  if (!ReadCamera(world.objects, call.args, static_cast<double>(width) / height, camera, error)) {
+  if (!ReadCamera(world.objects, call.args, static_cast<double>(width) / height, camera, error))
     return false;
-  }
   const Picture picture = DrawWorld(world.objects, camera, width, height, shading == "lit");
   const std::string png = WritePng(picture);
   std::string file;

@@ -70,9 +70,8 @@ class Canvas {
   }
 
   void Triangle(const std::array<Vec3, 3>& corner, std::uint8_t index) {
-    for (const Vec3& at : corner) {
+    for (const Vec3& at : corner)
       if (at.z <= 0 || !(std::abs(at.x) < kCanvasLimit) || !(std::abs(at.y) < kCanvasLimit)) return;
-    }
     const auto [a, b, c] = corner;
     const double area = (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
     if (area == 0) return;
@@ -159,9 +158,8 @@ Picture DrawWorld(const Objects& objects, const Camera& camera, std::uint32_t wi
                   std::uint32_t height, bool lit) {
   Canvas canvas(camera, width, height, lit);
   DrawGround(canvas);
-  for (const auto& [id, object] : objects) {
+  for (const auto& [id, object] : objects)
     if (Shown(objects, *object)) DrawObject(canvas, objects, *object);
-  }
   return std::move(canvas.picture);
 }
 

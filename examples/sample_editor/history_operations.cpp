@@ -54,11 +54,10 @@ bool Step(World& world, const Call& call, TransactionKind kind, Json& result, Js
   if (!OpenDraft(world, call, draft, error)) return false;
   for (const Touch& touch : step.touches) {
     const ObjectPtr& state = undo ? touch.before : touch.after;
-    if (state == nullptr) {
+    if (state == nullptr)
       draft.objects.erase(touch.id);
-    } else {
+    else
       Put(draft, *state);
-    }
   }
   if (draft.label.empty()) draft.label = (undo ? "Desfazer: " : "Refazer: ") + step.label;
   to.push_back(step.id);
@@ -75,9 +74,8 @@ bool FinishInversion(World& world, Draft draft, TransactionKind kind,
                      std::set<std::int64_t> changed, Json& result, Json& error) {
   // An object can be as it was left and yet not go back, because what hung above or below it has
   // changed.
-  for (const auto& [id, object] : draft.objects) {
+  for (const auto& [id, object] : draft.objects)
     if (!HierarchyFault(draft.objects, *object).empty()) changed.insert(id);
-  }
   if (!changed.empty()) {
     error = Conflict("Elementos foram mudados depois; nada foi revertido.",
                      ChangedList(world, changed));

@@ -41,14 +41,14 @@ bool Misbehaviour::Add(std::string_view fault) {
 }
 
 bool Misbehaviour::RefusesHello() const {
-  return std::any_of(faults.begin(), faults.end(),
-                     [](const Fault& fault) { return fault.kind == "refuse-hello"; });
+  return std::any_of(
+      faults.begin(), faults.end(),
+      [](const Fault& fault) { return fault.kind == "refuse-hello"; });
 }
 
 std::string Misbehaviour::KindFor(const std::string& operation) const {
-  for (const Fault& fault : faults) {
+  for (const Fault& fault : faults)
     if (fault.operation.empty() || fault.operation == operation) return fault.kind;
-  }
   return "";
 }
 
@@ -82,12 +82,10 @@ void Misbehaviour::Deliver(std::int32_t connection, const std::string& operation
   } else if (kind == "huge") {
     pipe.Send(connection, std::string(kHugeLine, 'x'));
   } else {
-    if (kind == "garbage") {
-      for (const char* nonsense : {"isto nao e JSON", "[1, 2, 3]", R"({"ok": true})",
-                                   R"({"id": 987654321, "ok": true})"}) {
+    if (kind == "garbage")
+      for (const char* nonsense :
+           {"isto nao e JSON", "[1, 2, 3]", R"({"ok": true})", R"({"id": 987654321, "ok": true})"})
         pipe.Send(connection, nonsense);
-      }
-    }
     if (kind == "hang") hanging_until = Clock::now() + kHang;
     pipe.Send(connection, kind == "pieces" ? Padded(std::move(line), kPiecesPadding) : line);
   }
@@ -95,9 +93,9 @@ void Misbehaviour::Deliver(std::int32_t connection, const std::string& operation
 }
 
 void Misbehaviour::Withdraw(std::int32_t connection, std::int64_t target) {
-  std::erase_if(held, [&](const Held& entry) {
-    return entry.connection == connection && entry.id == target;
-  });
+  std::erase_if(
+      held,
+      [&](const Held& entry) { return entry.connection == connection && entry.id == target; });
 }
 
 void Misbehaviour::Tick() {

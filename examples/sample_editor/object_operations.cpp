@@ -34,9 +34,8 @@ void SetLabel(Draft& draft, const std::string& verb, std::size_t count) {
 std::string DoubledField(const Json& item) {
   static const std::pair<const char*, const char*> kPairs[] = {
       {"parent", "parent_ref"}, {"scale", "scale_xyz"}, {"tint", "tint_hex"}};
-  for (const auto& [one, other] : kPairs) {
+  for (const auto& [one, other] : kPairs)
     if (item.Has(one) && item.Has(other)) return other;
-  }
   return "";
 }
 
@@ -46,13 +45,11 @@ double LinearLight(unsigned long channel) {
 }
 
 bool ReadTint(const std::string& hex, Json& tint) {
-  if (hex[0] != '#' || hex.find_first_not_of("0123456789abcdefABCDEF", 1) != std::string::npos) {
+  if (hex[0] != '#' || hex.find_first_not_of("0123456789abcdefABCDEF", 1) != std::string::npos)
     return false;
-  }
   tint = Json::Array();
-  for (std::size_t at = 1; at < hex.size(); at += 2) {
+  for (std::size_t at = 1; at < hex.size(); at += 2)
     tint.Add(Json::Number(LinearLight(std::strtoul(hex.substr(at, 2).c_str(), nullptr, 16))));
-  }
   return true;
 }
 
@@ -73,9 +70,8 @@ bool ApplyFields(const Draft& draft, const Json& item, Object& object, std::stri
   if (!field.empty()) return false;
 
   Json& fields = object.fields;
-  for (const auto& [key, value] : item.fields) {
+  for (const auto& [key, value] : item.fields)
     if (fields.Has(key) && key != "scale_xyz") fields.Set(key, value);
-  }
   if (item.Has("scale")) {
     const double scale = item.At("scale").number;
     fields.Set("scale_xyz", VectorJson({scale, scale, scale}));
@@ -90,12 +86,10 @@ bool ApplyFields(const Draft& draft, const Json& item, Object& object, std::stri
     fields.Set("parent", Json::Int(ref->second));
   }
   for (const char* key : {"x", "y", "z"}) AddTo(fields, key, item.At("move_by").At(key).number);
-  for (const char* key : {"pitch", "yaw", "roll"}) {
+  for (const char* key : {"pitch", "yaw", "roll"})
     AddTo(fields, key, item.At("rotate_by").At(key).number);
-  }
-  if (item.Has("y_mode") && item.Has("y") && item.At("y_mode").text == "absolute") {
+  if (item.Has("y_mode") && item.Has("y") && item.At("y_mode").text == "absolute")
     AddTo(fields, "y", -GroundHeight(fields.At("x").number, fields.At("z").number));
-  }
 
   field = "asset";
   reason = "nao esta na biblioteca; ela tem:";
@@ -108,9 +102,8 @@ bool ApplyFields(const Draft& draft, const Json& item, Object& object, std::stri
   if (item.Has("tint_hex")) fields.Set("tint", std::move(tint));
   field = "scale_xyz";
   reason = "cada eixo deveria ficar de 0,1 a 4";
-  for (const double axis : {scale.x, scale.y, scale.z}) {
+  for (const double axis : {scale.x, scale.y, scale.z})
     if (axis < kMinScale || axis > kMaxScale) return false;
-  }
   field = "y_mode";
   reason = "vale so para raizes";
   if (object.Parent() != 0 && item.Has("y_mode")) return false;
@@ -155,9 +148,8 @@ bool CheckUnchanged(const Draft& draft, const std::vector<std::int64_t>& ids, Js
     return false;
   }
   std::set<std::int64_t> changed;
-  for (const std::int64_t id : ids) {
+  for (const std::int64_t id : ids)
     if (ForeignChange(draft, id) != nullptr) changed.insert(id);
-  }
   if (changed.empty()) return true;
   error = Conflict("Outro autor mudou os mesmos objetos depois da revisao " +
                        std::to_string(draft.base_revision) + "; nada foi aplicado.",
@@ -228,9 +220,8 @@ bool CreateObjects(Draft& draft, const Json& args, Json& result, Json& error) {
     if (items[index].Has("ref")) entry.Set("ref", items[index].At("ref"));
   }
   Json& objects = result.Set("objects", Json::Array());
-  for (const std::int64_t id : ids) {
+  for (const std::int64_t id : ids)
     objects.Add(ObjectJson(draft.objects, *Find(draft.objects, id), true));
-  }
   SetLabel(draft, "Criar", ids.size());
   return true;
 }
@@ -269,9 +260,8 @@ bool UpdateObjects(Draft& draft, const Json& args, Json& result, Json& error) {
   }
   if (!CheckHierarchy(draft, "updates", moved, error)) return false;
   Json& objects = result.Set("objects", Json::Array());
-  for (const auto& [id, index] : moved) {
+  for (const auto& [id, index] : moved)
     objects.Add(ObjectJson(draft.objects, *Find(draft.objects, id), true));
-  }
   SetLabel(draft, "Alterar", moved.size());
   return true;
 }

@@ -19,9 +19,8 @@ std::string DoAsPerson(World& world, const std::string& line) {
   words >> verb >> what >> x >> z;
   std::string rest;
   const bool moves = verb == "mover";
-  if (words.fail() || words >> rest || (!moves && verb != "criar")) {
+  if (words.fail() || words >> rest || (!moves && verb != "criar"))
     return "erro use: mover ID X Z | criar ASSET X Z | sair";
-  }
   Json item = Json::Object();
   if (moves) {
     std::int64_t id = 0;

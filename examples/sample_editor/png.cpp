@@ -47,15 +47,14 @@ struct BitWriter {
   }
   // A literal byte or a run length, in the fixed code.
   void Symbol(unsigned symbol) {
-    if (symbol < 144) {
+    if (symbol < 144)
       Code(0x30 + symbol, 8);
-    } else if (symbol < 256) {
+    else if (symbol < 256)
       Code(0x190 + symbol - 144, 9);
-    } else if (symbol < 280) {
+    else if (symbol < 280)
       Code(symbol - 256, 7);
-    } else {
+    else
       Code(0xC0 + symbol - 280, 8);
-    }
   }
 };
 
@@ -69,9 +68,8 @@ std::string Deflate(std::string_view bytes) {
   for (std::size_t at = 0; at < bytes.size();) {
     std::size_t run = 0;  // How often the byte before comes again.
     while (at > 0 && run < kLongestRun && at + run < bytes.size() &&
-           bytes[at + run] == bytes[at - 1]) {
+           bytes[at + run] == bytes[at - 1])
       ++run;
-    }
     if (run < 3) {
       out.Symbol(static_cast<std::uint8_t>(bytes[at++]));
       continue;
@@ -127,12 +125,10 @@ std::string Base64(std::string_view bytes) {
   for (std::size_t at = 0; at < bytes.size(); at += 3) {
     const std::size_t count = std::min<std::size_t>(3, bytes.size() - at);
     std::uint32_t group = 0;
-    for (std::size_t index = 0; index < 3; ++index) {
+    for (std::size_t index = 0; index < 3; ++index)
       group = (group << 8U) | (index < count ? static_cast<std::uint8_t>(bytes[at + index]) : 0U);
-    }
-    for (std::size_t digit = 0; digit < 4; ++digit) {
+    for (std::size_t digit = 0; digit < 4; ++digit)
       text += digit <= count ? kDigits[(group >> (18 - 6 * digit)) & 63U] : '=';
-    }
   }
   return text;
 }

@@ -36,25 +36,21 @@ Json LayerNames() {
 }
 
 std::string LowerCase(std::string text) {
-  for (char& letter : text) {
+  for (char& letter : text)
     letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-  }
   return text;
 }
 
 bool PassesFilter(const Objects& objects, const Object& object, const Json& args) {
   const Vec3 at = WorldFrame(objects, object).origin;
   const Json& bounds = args.At("bounds");
-  if (args.Has("bounds") &&
-      (at.x < bounds.At("min_x").number || at.x > bounds.At("max_x").number ||
-       at.z < bounds.At("min_z").number || at.z > bounds.At("max_z").number)) {
+  if (args.Has("bounds") && (at.x < bounds.At("min_x").number || at.x > bounds.At("max_x").number ||
+                             at.z < bounds.At("min_z").number || at.z > bounds.At("max_z").number))
     return false;
-  }
   const Json& near = args.At("near");
-  if (args.Has("near") && std::hypot(at.x - near.At("x").number, at.z - near.At("z").number) >
-                              near.At("radius").number) {
+  if (args.Has("near") &&
+      std::hypot(at.x - near.At("x").number, at.z - near.At("z").number) > near.At("radius").number)
     return false;
-  }
   const std::string& asset = object.fields.At("asset").text;
   std::string_view wanted = args.At("asset").text;
   if (wanted.ends_with('*')) {
@@ -209,9 +205,8 @@ bool WorldSummary(World& world, const Call& call, Json& result, Json& error) {
   density.Set("columns", Json::Int(side));
   density.Set("rows", Json::Int(side));
   Json& cells = density.Set("counts", Json::Array());
-  for (const std::vector<int>& row : counts) {
+  for (const std::vector<int>& row : counts)
     for (const int count : row) cells.Add(Json::Int(count));
-  }
   density.Set("outside", Json::Int(outside));
   return true;
 }
@@ -228,11 +223,10 @@ bool ObjectsQuery(World& world, const Call& call, Json& result, Json& error) {
     if (!PassesFilter(world.objects, *object, call.args)) continue;
     ++total;
     if (id <= last) continue;
-    if (page.items.size() < limit) {
+    if (page.items.size() < limit)
       page.Add(ObjectJson(world.objects, *object, false));
-    } else if (next.kind == Json::Kind::Null) {
+    else if (next.kind == Json::Kind::Null)
       next = Json::Text(std::to_string(page.items.back().At("id").IntOr(0)));
-    }
   }
   result.Set("total", Json::Int(total));
   if (next.kind == Json::Kind::Text) result.Set("next_cursor", std::move(next));
@@ -242,13 +236,11 @@ bool ObjectsQuery(World& world, const Call& call, Json& result, Json& error) {
 bool ObjectsGet(World& world, const Call& call, Json& result, Json& /*error*/) {
   Json objects = Json::Array();
   Json missing = Json::Array();
-  for (const Json& id : call.args.At("ids").items) {
-    if (const ObjectPtr object = Find(world.objects, id.IntOr(0))) {
+  for (const Json& id : call.args.At("ids").items)
+    if (const ObjectPtr object = Find(world.objects, id.IntOr(0)))
       objects.Add(ObjectJson(world.objects, *object, true));
-    } else {
+    else
       missing.Add(id);
-    }
-  }
   result.Set("objects", std::move(objects));
   result.Set("missing", std::move(missing));
   return true;
@@ -295,11 +287,9 @@ bool TerrainSample(World& /*world*/, const Call& call, Json& result, Json& error
   }
   for (const std::string& field : fields) {
     Json values = Json::Array();
-    for (int row = 0; row < static_cast<int>(rows); ++row) {
-      for (int column = 0; column < static_cast<int>(columns); ++column) {
+    for (int row = 0; row < static_cast<int>(rows); ++row)
+      for (int column = 0; column < static_cast<int>(columns); ++column)
         values.Add(SampledValue(field, west + column * step, north + row * step));
-      }
-    }
     result.Set(field, std::move(values));
     if (field == "material") result.Set("layers", LayerNames());
   }

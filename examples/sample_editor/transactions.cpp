@@ -18,8 +18,9 @@ bool SameState(const ObjectPtr& a, const ObjectPtr& b) {
 }
 
 bool Touches(const Transaction& transaction, std::int64_t id) {
-  return std::any_of(transaction.touches.begin(), transaction.touches.end(),
-                     [&](const Touch& touch) { return touch.id == id; });
+  return std::any_of(
+      transaction.touches.begin(), transaction.touches.end(),
+      [&](const Touch& touch) { return touch.id == id; });
 }
 
 // What differs between two states of the world. Objects are never changed in place, so comparing
@@ -30,9 +31,8 @@ std::vector<Touch> Differences(const Objects& before, const Objects& after) {
     const ObjectPtr now = Find(after, id);
     if (now != object) touches.push_back({id, object, now});
   }
-  for (const auto& [id, object] : after) {
+  for (const auto& [id, object] : after)
     if (!before.contains(id)) touches.push_back({id, nullptr, object});
-  }
   return touches;
 }
 
@@ -121,15 +121,13 @@ Json ChangedList(const World& world, const std::set<std::int64_t>& ids) {
 }
 
 void Invert(Draft& draft, const Transaction& transaction, std::set<std::int64_t>& changed) {
-  for (const Touch& touch : transaction.touches) {
-    if (!SameState(Find(draft.objects, touch.id), touch.after)) {
+  for (const Touch& touch : transaction.touches)
+    if (!SameState(Find(draft.objects, touch.id), touch.after))
       changed.insert(touch.id);
-    } else if (touch.before == nullptr) {
+    else if (touch.before == nullptr)
       draft.objects.erase(touch.id);
-    } else {
+    else
       Put(draft, *touch.before);
-    }
-  }
 }
 
 Json TransactionJson(const Transaction& transaction) {
@@ -138,9 +136,7 @@ Json TransactionJson(const Transaction& transaction) {
   json.Set("id", Json::Int(transaction.id));
   json.Set("kind", Json::Text(kKinds[static_cast<std::size_t>(transaction.kind)]));
   json.Set("author", Json::Text(transaction.author.kind));
-  if (!transaction.author.client.empty()) {
-    json.Set("client", Json::Text(transaction.author.client));
-  }
+  if (!transaction.author.client.empty()) json.Set("client", Json::Text(transaction.author.client));
   json.Set("label", Json::Text(transaction.label));
   if (!transaction.group.empty()) json.Set("group", Json::Text(transaction.group));
   json.Set("base_revision", Json::Int(transaction.revision - 1));

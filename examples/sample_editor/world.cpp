@@ -40,9 +40,8 @@ std::vector<std::int64_t> WithDescendants(const Objects& objects,
   std::set<std::int64_t> family(ids.begin(), ids.end());
   for (std::size_t before = 0; before != family.size();) {
     before = family.size();
-    for (const auto& [id, object] : objects) {
+    for (const auto& [id, object] : objects)
       if (family.contains(object->Parent())) family.insert(id);
-    }
   }
   return {family.begin(), family.end()};
 }
@@ -50,11 +49,10 @@ std::vector<std::int64_t> WithDescendants(const Objects& objects,
 Frame WorldFrame(const Objects& objects, const Object& object) {
   Vec3 position = ReadVector(object.fields, {});
   Frame outer;
-  if (const ObjectPtr parent = Find(objects, object.Parent())) {
+  if (const ObjectPtr parent = Find(objects, object.Parent()))
     outer = WorldFrame(objects, *parent);
-  } else {
+  else
     position.y += GroundHeight(position.x, position.z);
-  }
   const Vec3 angles{object.fields.At("pitch").number, object.fields.At("yaw").number,
                     object.fields.At("roll").number};
   return Inside(outer, position, angles, ReadVector(object.fields.At("scale_xyz"), {1, 1, 1}));
@@ -88,9 +86,8 @@ std::string HierarchyFault(const Objects& objects, const Object& object) {
   std::int64_t parent = object.Parent();
   for (int depth = 1; parent != 0; ++depth) {
     if (parent == object.id) return "o objeto ficaria dentro de si mesmo";
-    if (depth == kMaxDepth) {
+    if (depth == kMaxDepth)
       return "a hierarquia passaria de " + std::to_string(kMaxDepth) + " niveis";
-    }
     const ObjectPtr next = Find(objects, parent);
     if (next == nullptr) return "o pai " + std::to_string(parent) + " nao existe";
     parent = next->Parent();
@@ -110,9 +107,8 @@ Json ObjectJson(const Objects& objects, const Object& object, bool family) {
   box.Set("max", VectorJson(high));
   if (family) {
     Json& children = json.Set("children", Json::Array());
-    for (const auto& [id, other] : objects) {
+    for (const auto& [id, other] : objects)
       if (other->Parent() == object.id) children.Add(Json::Int(id));
-    }
     json.Set("joints", Json::Array());
   }
   return json;

@@ -17,9 +17,7 @@ using core::Json;
 
 std::vector<std::string> Keys(const Json& object) {
   std::vector<std::string> keys;
-  for (const auto& [key, value] : object.fields) {
-    keys.push_back(key);
-  }
+  for (const auto& [key, value] : object.fields) keys.push_back(key);
   return keys;
 }
 
@@ -27,18 +25,13 @@ std::vector<std::string> Keys(const Json& object) {
 void Walk(const Json& node, const std::string& place,
           const std::function<void(const Json&, const std::string&)>& visit) {
   visit(node, place);
-  for (const auto& [key, field] : node.At("properties").fields) {
+  for (const auto& [key, field] : node.At("properties").fields)
     Walk(field, std::string(place).append(".").append(key), visit);
-  }
-  if (node.Has("items")) {
-    Walk(node.At("items"), place + "[]", visit);
-  }
+  if (node.Has("items")) Walk(node.At("items"), place + "[]", visit);
 }
 
 void WalkInputs(const std::function<void(const Json&, const std::string&)>& visit) {
-  for (const ToolSpec& tool : Tools()) {
-    Walk(tool.input, tool.name, visit);
-  }
+  for (const ToolSpec& tool : Tools()) Walk(tool.input, tool.name, visit);
 }
 
 TEST(CatalogTest, RowsAreWhole) {
@@ -65,9 +58,8 @@ TEST(CatalogTest, FindsRowsByTheirExactNames) {
   EXPECT_EQ(row->name, "objects_create");
   EXPECT_EQ(FindOperation("objects.create"), row);
   EXPECT_EQ(FindOperation("terrain.heightmap_import"), FindTool("terrain_heightmap_import"));
-  for (const char* name : {"", "Objects_Create", "objects.create", "objects_creat"}) {
+  for (const char* name : {"", "Objects_Create", "objects.create", "objects_creat"})
     EXPECT_EQ(FindTool(name), nullptr) << name;
-  }
   EXPECT_EQ(FindOperation("objects_create"), nullptr);
 }
 
@@ -86,9 +78,8 @@ TEST(CatalogTest, CommonFieldsSuitTheKind) {
       EXPECT_EQ(keys.front(), "editor_id") << tool.name;
     }
     EXPECT_TRUE(changes || tool.kind != ToolKind::Job) << tool.name;
-    if (tool.kind == ToolKind::Read) {
-      EXPECT_FALSE(changes || tool.input.At("properties").Has("request_id")) << tool.name;
-    }
+    const bool has_request_id = changes || tool.input.At("properties").Has("request_id");
+    EXPECT_FALSE(tool.kind == ToolKind::Read && has_request_id) << tool.name;
   }
 }
 
@@ -124,22 +115,19 @@ TEST(CatalogInputTest, ObjectsAreClosed) {
 TEST(CatalogInputTest, LimitsLeaveRoom) {
   WalkInputs([](const Json& node, const std::string& place) {
     for (const auto& [lower, upper] :
-         {std::pair("minimum", "maximum"), {"minItems", "maxItems"}, {"minLength", "maxLength"}}) {
-      if (node.Has(lower) && node.Has(upper)) {
-        EXPECT_LE(node.At(lower).number, node.At(upper).number) << place;
-      }
-    }
-    for (const char* count : {"minItems", "maxItems", "minLength", "maxLength"}) {
+         {std::pair("minimum", "maximum"), {"minItems", "maxItems"}, {"minLength", "maxLength"}})
+      EXPECT_TRUE(!node.Has(lower) || !node.Has(upper) ||
+                  node.At(lower).number <= node.At(upper).number)
+          << place;
+    for (const char* count : {"minItems", "maxItems", "minLength", "maxLength"})
       EXPECT_TRUE(!node.Has(count) || node.At(count).number >= 0) << place;
-    }
     if (node.At("type").text == "integer") {
       EXPECT_TRUE(!node.Has("minimum") || node.At("minimum").IsInteger()) << place;
       EXPECT_TRUE(!node.Has("maximum") || node.At("maximum").IsInteger()) << place;
     }
     std::set<std::string> words;
-    for (const Json& word : node.At("enum").items) {
+    for (const Json& word : node.At("enum").items)
       EXPECT_TRUE(words.insert(word.text).second) << place << ": " << word.text;
-    }
     EXPECT_EQ(node.Has("enum"), !words.empty()) << place;
   });
 }

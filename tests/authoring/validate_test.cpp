@@ -122,11 +122,9 @@ TEST(ValidateNumberTest, OnlyFiniteOnesAreNumbers) {
   std::string field;
   std::string reason;
   for (const double number :
-       {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
-    for (const char* type : {R"({"type":"number"})", R"({"type":"integer"})"}) {
+       {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()})
+    for (const char* type : {R"({"type":"number"})", R"({"type":"integer"})"})
       EXPECT_FALSE(Validate(Parse(type), core::Json::Number(number), field, reason)) << type;
-    }
-  }
   core::Json schema = Parse("{}");
   schema.Set("minItems", core::Json::Number(std::numeric_limits<double>::quiet_NaN()));
   EXPECT_TRUE(Validate(schema, core::Json::Array(), field, reason)) << reason;

@@ -22,9 +22,8 @@ TEST(ProcessTest, ThisProcessIsAliveAndImpossibleOnesAreNot) {
   // Among them the numbers that a narrower type would turn into this process, or into -1.
   for (const std::uint64_t pid :
        {std::uint64_t{0}, (std::uint64_t{1} << 32) + CurrentProcessId(), std::uint64_t{0x7FFFFFFF},
-        std::uint64_t{0xFFFFFFFF}, std::numeric_limits<std::uint64_t>::max()}) {
+        std::uint64_t{0xFFFFFFFF}, std::numeric_limits<std::uint64_t>::max()})
     EXPECT_FALSE(ProcessAlive(pid)) << pid;
-  }
 }
 
 TEST(ProcessTest, RandomHexGivesTwoDigitsAByteAndNoTwoAlike) {

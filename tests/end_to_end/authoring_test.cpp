@@ -11,7 +11,7 @@ namespace {
 
 using core::Json;
 
-class Authoring : public ::testing::Test {
+class AuthoringTest : public testing::Test {
  protected:
   TemporaryHome home;
   EditorProcess editor{"vale"};
@@ -39,7 +39,7 @@ std::string Update(std::int64_t id, const std::string& change, std::int64_t base
          std::to_string(base_revision) + "}";
 }
 
-TEST_F(Authoring, ClientAndPersonChangeTheSameWorld) {
+TEST_F(AuthoringTest, ClientAndPersonChangeTheSameWorld) {
   const Json made = Document("objects_create", R"({"objects":[
       {"ref":"casa","asset":"zorvik_casa","x":10,"z":10},
       {"parent_ref":"casa","asset":"zorvik_telhado","x":0,"y":3,"z":0}]})");
@@ -73,7 +73,7 @@ TEST_F(Authoring, ClientAndPersonChangeTheSameWorld) {
   EXPECT_EQ(Object(house).At("x").number, 30);
 }
 
-TEST_F(Authoring, BatchIsAllOrNothing) {
+TEST_F(AuthoringTest, BatchIsAllOrNothing) {
   const std::string revision = std::to_string(Document("world_info").At("revision").IntOr(0));
   const std::string create = R"({"tool":"objects_create","args":{"objects":[
       {"ref":"a","asset":"zorvik_casa","x":1,"z":1}]}})";
@@ -95,7 +95,7 @@ TEST_F(Authoring, BatchIsAllOrNothing) {
             results[0].At("created")[0].At("id").IntOr(0));
 }
 
-TEST_F(Authoring, RepeatedRequestAppliesOnce) {
+TEST_F(AuthoringTest, RepeatedRequestAppliesOnce) {
   const std::string create =
       R"({"objects":[{"asset":"zorvik_rocha","x":1,"z":1}],"request_id":"pedido-1"})";
   const std::string first = core::WriteJson(Document("objects_create", create));

@@ -21,7 +21,7 @@ std::string SilentLog(const TemporaryHome& home) {
   return "iniciado: zorvik-mcp 0.1.0, registro em " + home.Path().string() + "\nencerrado\n";
 }
 
-TEST(StandardStreams, FileIsReadToItsEnd) {
+TEST(StandardStreamsTest, FileIsReadToItsEnd) {
   const TemporaryHome home;
   WriteText(home.Path() / "pedidos", kInitialize + "\r\n\r\n\n" + kPing + "\n" + kPing);
   McpClient client("", {.input = Streams::File, .input_file = home.Path() / "pedidos"});
@@ -29,7 +29,7 @@ TEST(StandardStreams, FileIsReadToItsEnd) {
   EXPECT_EQ(client.process.ReadToEnd(), kPong + "\n" + kPong + "\n");
 }
 
-TEST(StandardStreams, NoInputAtAllEndsTheServerAtOnce) {
+TEST(StandardStreamsTest, NoInputAtAllEndsTheServerAtOnce) {
   for (const Streams input : {Streams::Null, Streams::Closed}) {
     const TemporaryHome home;
     McpClient client("", {.input = input});
@@ -40,17 +40,15 @@ TEST(StandardStreams, NoInputAtAllEndsTheServerAtOnce) {
 }
 
 // How the client's streams are made must make no difference to anything below.
-class ClientStreams : public ::testing::TestWithParam<Streams> {
+class ClientStreamsTest : public testing::TestWithParam<Streams> {
  protected:
   TemporaryHome home;
   McpClient client{"2025-11-25", ProgramStart{.input = GetParam()}};
 };
 
-TEST_P(ClientStreams, LinesAreFoundHoweverTheyAreCut) {
+TEST_P(ClientStreamsTest, LinesAreFoundHoweverTheyAreCut) {
   const std::string input = std::string("\r\n\n").append(kPing).append("\r\n").append(kPing) + "\n";
-  for (const char byte : input) {
-    ASSERT_TRUE(client.process.Write(std::string(1, byte)));
-  }
+  for (const char byte : input) ASSERT_TRUE(client.process.Write(std::string(1, byte)));
   EXPECT_EQ(client.process.ReadLine(), kPong);
   EXPECT_EQ(client.process.ReadLine(), kPong);
   client.process.Write(kPing.substr(0, 20));
@@ -61,7 +59,7 @@ TEST_P(ClientStreams, LinesAreFoundHoweverTheyAreCut) {
       << last;
 }
 
-TEST_P(ClientStreams, ClosedInputEndsWithCallsInFlight) {
+TEST_P(ClientStreamsTest, ClosedInputEndsWithCallsInFlight) {
   EditorProcess editor("vale", {"never=world.info"});
   client.BeginCall("world_info");
   EXPECT_EQ(Outcome(client.Call("world_summary")), "ok");
@@ -69,14 +67,14 @@ TEST_P(ClientStreams, ClosedInputEndsWithCallsInFlight) {
   EXPECT_EQ(client.process.ReadToEnd(), "");
 }
 
-TEST_P(ClientStreams, ClosedOutputEndsQuietly) {
+TEST_P(ClientStreamsTest, ClosedOutputEndsQuietly) {
   client.process.CloseOutput();
   client.Line(kPing);
   EXPECT_EQ(client.process.Wait(), 0);
   EXPECT_TRUE(client.Log().ends_with("\nencerrado\n"));
 }
 
-TEST_P(ClientStreams, EndlessLineEndsQuietly) {
+TEST_P(ClientStreamsTest, EndlessLineEndsQuietly) {
   McpClient silent("", ProgramStart{.input = GetParam()});
   // The limit, and more than one read beyond it. The rest may find nobody who reads it.
   silent.process.Write(std::string(16'777'216 + 200'000, 'x'));
@@ -85,7 +83,7 @@ TEST_P(ClientStreams, EndlessLineEndsQuietly) {
   EXPECT_EQ(silent.Log(), SilentLog(home));
 }
 
-TEST_P(ClientStreams, LargeBatchIsAnsweredInOneLine) {
+TEST_P(ClientStreamsTest, LargeBatchIsAnsweredInOneLine) {
   constexpr int kCount = 10'000;
   std::string batch = "[" + kPing;
   std::string answer = "[" + kPong;
@@ -97,11 +95,11 @@ TEST_P(ClientStreams, LargeBatchIsAnsweredInOneLine) {
   EXPECT_EQ(client.process.ReadLine(), answer + "]");
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, ClientStreams,
-                         ::testing::Values(Streams::Pipe, Streams::SocketPair));
+INSTANTIATE_TEST_SUITE_P(Kinds, ClientStreamsTest,
+                         testing::Values(Streams::Pipe, Streams::SocketPair));
 
 // Far more than any pipe holds, so that the server has to wait in the middle of an answer.
-TEST(StandardStreams, ReaderThatPausesGetsEverything) {
+TEST(StandardStreamsTest, ReaderThatPausesGetsEverything) {
   const TemporaryHome home;
   EditorProcess editor("vale");
   for (const ProgramStart& start :

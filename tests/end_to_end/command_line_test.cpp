@@ -29,7 +29,7 @@ std::string Output(const std::vector<std::string>& arguments) {
   return output;
 }
 
-TEST(CommandLine, OptionsPrintAndLeaveNothingBehind) {
+TEST(CommandLineTest, OptionsPrintAndLeaveNothingBehind) {
   const TemporaryHome home;
   EXPECT_EQ(Output({"--version"}), kVersion);
   EXPECT_EQ(Output({"--help"}), kHelp);
@@ -51,7 +51,7 @@ std::string Shape(std::string text) {
   return text;
 }
 
-TEST(Log, TellsTheSessionOnStandardErrorAndInItsFile) {
+TEST(LogTest, TellsTheSessionOnStandardErrorAndInItsFile) {
   const TemporaryHome home;
   EditorProcess editor("vale");
   McpClient client("2025-03-26");
@@ -87,7 +87,7 @@ TEST(Log, TellsTheSessionOnStandardErrorAndInItsFile) {
   EXPECT_EQ(client.Errors(), shown);
 }
 
-TEST(Log, ServerRunsOnWhereItCanNotBeWritten) {
+TEST(LogTest, ServerRunsOnWhereItCanNotBeWritten) {
   const TemporaryHome home;
   const std::filesystem::path file = home.Path() / "arquivo";
   WriteText(file, "");

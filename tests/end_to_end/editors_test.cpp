@@ -27,7 +27,7 @@ std::size_t FileCount(const std::filesystem::path& folder) {
   return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
-TEST(Editors, EachIsReachedByItsId) {
+TEST(EditorsTest, EachIsReachedByItsId) {
   const TemporaryHome home;
   EditorProcess first("a");
   EditorProcess second("b");
@@ -49,7 +49,7 @@ TEST(Editors, EachIsReachedByItsId) {
   EXPECT_EQ(revision("b"), revision("a") + 1);
 }
 
-TEST(Editors, DeathEndsExactlyItsOwnCalls) {
+TEST(EditorsTest, DeathEndsExactlyItsOwnCalls) {
   const TemporaryHome home;
   EditorProcess dying("a", {"never=world.info"});
   EditorProcess other("b", {"late=world.info"});
@@ -74,7 +74,7 @@ TEST(Editors, DeathEndsExactlyItsOwnCalls) {
   EXPECT_TRUE(std::filesystem::exists(other.RecordPath()));
 }
 
-TEST(Editors, CancelledCallIsNeverAnswered) {
+TEST(EditorsTest, CancelledCallIsNeverAnswered) {
   const TemporaryHome home;
   EditorProcess editor("vale", {"late=world.info"});
   McpClient client;
@@ -94,7 +94,7 @@ TEST(Editors, CancelledCallIsNeverAnswered) {
   EXPECT_NE(client.Log().find("\ncancelado pelo cliente: world_info\n"), std::string::npos);
 }
 
-TEST(Registry, WhatIsBrokenOrDeadCostsNothing) {
+TEST(RegistryTest, WhatIsBrokenOrDeadCostsNothing) {
   const TemporaryHome home;
   std::optional<McpClient> gone(std::in_place);
   gone->Finish();
@@ -107,9 +107,8 @@ TEST(Registry, WhatIsBrokenOrDeadCostsNothing) {
   }
   const std::vector<std::string> broken = {
       "", "{", "[]", R"({"pid":"1","pipe":"p"})", R"({"pid":1})", std::string(100000, '[')};
-  for (std::size_t i = 0; i < broken.size(); ++i) {
+  for (std::size_t i = 0; i < broken.size(); ++i)
     WriteText(home.Editors() / ("ruim" + std::to_string(i) + ".json"), broken[i]);
-  }
   std::filesystem::create_directory(home.Editors() / "pasta.json");
 
   McpClient client;

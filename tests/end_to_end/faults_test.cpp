@@ -76,7 +76,7 @@ class PuppetEditor {
   core::LocalPipeServer pipe;
 };
 
-class Faults : public ::testing::Test {
+class FaultsTest : public testing::Test {
  protected:
   void ExpectUnharmed() {
     EXPECT_EQ(client.Ask("ping").fields.size(), 0U);
@@ -89,7 +89,7 @@ class Faults : public ::testing::Test {
   McpClient client;
 };
 
-TEST_F(Faults, EditorThatDiesAtAnyPointEndsItsOwnCallsAndIsRegained) {
+TEST_F(FaultsTest, EditorThatDiesAtAnyPointEndsItsOwnCallsAndIsRegained) {
   struct Point {
     const char* name;
     bool listens, reads, answers_hello, answers_first;
@@ -124,7 +124,7 @@ TEST_F(Faults, EditorThatDiesAtAnyPointEndsItsOwnCallsAndIsRegained) {
   }
 }
 
-TEST_F(Faults, HelloRefusedAgainAndAgainCostsOneConnectionEach) {
+TEST_F(FaultsTest, HelloRefusedAgainAndAgainCostsOneConnectionEach) {
   PuppetEditor wary("arisco");
   wary.Open();
   std::set<std::int32_t> connections;
@@ -145,7 +145,7 @@ TEST_F(Faults, HelloRefusedAgainAndAgainCostsOneConnectionEach) {
   ExpectUnharmed();
 }
 
-TEST_F(Faults, MegabytesForAnEditorThatDoesntReadHoldUpNobodyElse) {
+TEST_F(FaultsTest, MegabytesForAnEditorThatDoesntReadHoldUpNobodyElse) {
   PuppetEditor idle("parado");
   idle.Open();
   std::string objects = R"({"editor_id":"parado","objects":[)";
@@ -171,7 +171,7 @@ TEST_F(Faults, MegabytesForAnEditorThatDoesntReadHoldUpNobodyElse) {
 }
 
 // The example editor serves four clients at once, so that places which aren't given back run out.
-TEST_F(Faults, ClientsThatVanishInTheMiddleOfALineLeaveNothingBehind) {
+TEST_F(FaultsTest, ClientsThatVanishInTheMiddleOfALineLeaveNothingBehind) {
   for (int i = 0; i < 8; ++i) {
     McpClient vanishing;
     EXPECT_EQ(Outcome(vanishing.Call("world_info")), "ok");
@@ -184,7 +184,7 @@ TEST_F(Faults, ClientsThatVanishInTheMiddleOfALineLeaveNothingBehind) {
   ExpectUnharmed();
 }
 
-TEST(FaultsOfTheDisk, LogThatCantBeWrittenCostsNothingAndCatchesUp) {
+TEST(DiskFaultsTest, LogThatCantBeWrittenCostsNothingAndCatchesUp) {
   const TemporaryHome home;
   WriteText(home.Path() / "logs", "no folder");
   EditorProcess editor("vale");
@@ -201,7 +201,7 @@ TEST(FaultsOfTheDisk, LogThatCantBeWrittenCostsNothingAndCatchesUp) {
   EXPECT_EQ(client.Log(), shown);
 }
 
-TEST(FaultsOfTheClient, EveryCallOfAnEnormousBatchIsAnsweredOnce) {
+TEST(ClientFaultsTest, EveryCallOfAnEnormousBatchIsAnsweredOnce) {
   const TemporaryHome home;
   // Without a log the disk doesn't set the pace.
   WriteText(home.Path() / "logs", "no folder");
@@ -216,16 +216,15 @@ TEST(FaultsOfTheClient, EveryCallOfAnEnormousBatchIsAnsweredOnce) {
              R"(,"method":"tools/call","params":{"name":"world_info"}})";
   }
   client.Line(batch + "]");
-  for (std::int64_t id = kFirst; id < kEnd; ++id) {
+  for (std::int64_t id = kFirst; id < kEnd; ++id)
     ASSERT_EQ(Outcome(client.Answer(id).At("result")), "ok") << id;
-  }
   client.Ask("ping");
   EXPECT_TRUE(client.Unclaimed().empty());
   EXPECT_EQ(client.Finish(), 0);
   EXPECT_EQ(client.process.ReadToEnd(), "");
 }
 
-TEST_F(Faults, ThousandLiveRecordsThatChangeWhileTheyAreReadHideNoEditor) {
+TEST_F(FaultsTest, ThousandLiveRecordsThatChangeWhileTheyAreReadHideNoEditor) {
   constexpr int kStill = 1000;
   constexpr int kChanging = 50;
   const auto path = [&](int i) { return home.Editors() / ("r" + std::to_string(i) + ".json"); };
@@ -247,9 +246,8 @@ TEST_F(Faults, ThousandLiveRecordsThatChangeWhileTheyAreReadHideNoEditor) {
   for (int round = 0; round < 5; ++round) {
     std::set<std::string> seen;
     const Json listed = client.Call("editor_list");
-    for (const Json& editor : listed.At("structuredContent").At("editors").items) {
+    for (const Json& editor : listed.At("structuredContent").At("editors").items)
       seen.insert(editor.At("editor_id").text);
-    }
     EXPECT_TRUE(seen.contains("bom"));
     EXPECT_GE(seen.size(), 1U + kStill);
     EXPECT_LE(seen.size(), 1U + kStill + (kChanging + 2) / 3);
@@ -262,7 +260,7 @@ TEST_F(Faults, ThousandLiveRecordsThatChangeWhileTheyAreReadHideNoEditor) {
 }
 
 // All changes go to one editor, so that its revisions tell them apart, and the other's stays.
-TEST_F(Faults, TwoServersAndTwoEditorsKeepTheirAnswersApart) {
+TEST_F(FaultsTest, TwoServersAndTwoEditorsKeepTheirAnswersApart) {
   EditorProcess changing("muda");
   McpClient other(kStateless);
   const std::string create =

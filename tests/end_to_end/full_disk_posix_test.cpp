@@ -13,7 +13,7 @@
 namespace zorvik::tests {
 namespace {
 
-TEST(FullDisk, CostsOnlyWhatWouldHaveBeenWritten) {
+TEST(FullDiskTest, CostsOnlyWhatWouldHaveBeenWritten) {
   const TemporaryHome home;
   // A small disk that only this process and its children see.
   if (unshare(CLONE_NEWNS) != 0 || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
@@ -48,7 +48,7 @@ TEST(FullDisk, CostsOnlyWhatWouldHaveBeenWritten) {
 }
 
 // Standard error too may lie on a full disk.
-TEST(FullDisk, ErrorsThatNobodyCanTakeAreDropped) {
+TEST(FullDiskTest, ErrorsThatNobodyCanTakeAreDropped) {
   const TemporaryHome home;
   ChildProcess server({.program = "zorvik_mcp", .error_file = "/dev/full"});
   server.Write("no JSON\n");

@@ -34,7 +34,7 @@ std::string Message(const Json& result) {
   return result.At("structuredContent").At("error").At("message").text;
 }
 
-class OtherUsers : public ::testing::Test {
+class OtherUsersTest : public testing::Test {
  protected:
   void SetUp() override {
     if (getuid() != 0) Skip("only root can become other users");
@@ -94,7 +94,7 @@ class OtherUsers : public ::testing::Test {
   std::optional<TemporaryHome> home;
 };
 
-TEST_F(OtherUsers, CantReadATokenOrReachAnEditorOrTakeItsPlace) {
+TEST_F(OtherUsersTest, CantReadATokenOrReachAnEditorOrTakeItsPlace) {
   EditorProcess editor("vale");
   McpClient client;
   ASSERT_EQ(Outcome(client.Call("world_info")), "ok");
@@ -138,7 +138,7 @@ TEST_F(OtherUsers, CantReadATokenOrReachAnEditorOrTakeItsPlace) {
   EXPECT_EQ(ReadText(editor.RecordPath()), record);
 }
 
-TEST_F(OtherUsers, PlaceThatIsntTheUsersAloneIsRefusedByBothEnds) {
+TEST_F(OtherUsersTest, PlaceThatIsntTheUsersAloneIsRefusedByBothEnds) {
   const std::string pid = std::to_string(getpid());
   WriteText(home->Editors() / (pid + ".json"),
             R"({"editor_id":"falso","token":"t","pipe":"isca","pid":)" + pid + "}");

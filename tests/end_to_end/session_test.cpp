@@ -15,7 +15,7 @@ using core::Json;
 using Streams = ProgramStart::Input;
 
 // One whole session in every protocol version, over both kinds of stream that clients use.
-class Session : public ::testing::TestWithParam<std::tuple<std::string, Streams>> {
+class SessionTest : public testing::TestWithParam<std::tuple<std::string, Streams>> {
  protected:
   const std::string version = std::get<0>(GetParam());
   const bool oldest = version == "2025-03-26";
@@ -43,7 +43,7 @@ class Session : public ::testing::TestWithParam<std::tuple<std::string, Streams>
   }
 };
 
-TEST_P(Session, AnswersInTheFormOfItsVersion) {
+TEST_P(SessionTest, AnswersInTheFormOfItsVersion) {
   const Json handshake = client.Ask("initialize", R"({"protocolVersion":")" + version + R"("})");
   EXPECT_EQ(handshake.At("protocolVersion").text, version == kStateless ? "2025-11-25" : version);
 
@@ -67,7 +67,7 @@ TEST_P(Session, AnswersInTheFormOfItsVersion) {
                        R"("isError":true})"));
 }
 
-TEST_P(Session, ReadsTheEditorsWorld) {
+TEST_P(SessionTest, ReadsTheEditorsWorld) {
   const Json editors = Document("editor_list").At("editors");
   ASSERT_EQ(editors.items.size(), 1U);
   EXPECT_EQ(editors[0].At("editor_id").text, "vale");
@@ -83,7 +83,7 @@ TEST_P(Session, ReadsTheEditorsWorld) {
   EXPECT_EQ(objects.At("objects").items.size(), objects.At("total").IntOr(0));
 }
 
-TEST_P(Session, HandsOverAnImage) {
+TEST_P(SessionTest, HandsOverAnImage) {
   const Json result = client.Call("inspect_capture");
   ASSERT_EQ(result.At("content").items.size(), 2U) << core::WriteJson(result);
   const Json& image = result.At("content")[1];
@@ -94,10 +94,10 @@ TEST_P(Session, HandsOverAnImage) {
   EXPECT_EQ(result.At("content")[0].At("text").text.find("data_base64"), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Versions, Session,
-                         ::testing::Combine(::testing::Values(kStateless, "2025-11-25",
-                                                              "2025-06-18", "2025-03-26"),
-                                            ::testing::Values(Streams::Pipe, Streams::SocketPair)));
+INSTANTIATE_TEST_SUITE_P(Versions, SessionTest,
+                         testing::Combine(testing::Values(kStateless, "2025-11-25", "2025-06-18",
+                                                          "2025-03-26"),
+                                          testing::Values(Streams::Pipe, Streams::SocketPair)));
 
 }  // namespace
 }  // namespace zorvik::tests

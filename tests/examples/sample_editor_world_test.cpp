@@ -11,7 +11,7 @@ namespace {
 
 using core::Json;
 
-class SampleEditorWorld : public testing::Test {
+class SampleEditorWorldTest : public testing::Test {
  protected:
   // The result of the call, or its error.
   Json Do(const std::string& operation, const std::string& args,
@@ -33,7 +33,7 @@ class SampleEditorWorld : public testing::Test {
   World world = MakeSampleWorld();
 };
 
-TEST_F(SampleEditorWorld, OnlyAForeignChangeToTheSameElementConflicts) {
+TEST_F(SampleEditorWorldTest, OnlyAForeignChangeToTheSameElementConflicts) {
   ASSERT_EQ(Code("objects.update", R"({"updates":[{"id":4,"x":50}],"base_revision":1})", "user"),
             "done");
   ASSERT_EQ(Code("objects.update", R"({"updates":[{"id":5,"x":51}],"base_revision":1})"), "done");
@@ -48,7 +48,7 @@ TEST_F(SampleEditorWorld, OnlyAForeignChangeToTheSameElementConflicts) {
   EXPECT_EQ(world.revision, 4);
 }
 
-TEST_F(SampleEditorWorld, DeletingAFamilyMindsWhatHappenedToItsChildren) {
+TEST_F(SampleEditorWorldTest, DeletingAFamilyMindsWhatHappenedToItsChildren) {
   ASSERT_EQ(Code("objects.update", R"({"updates":[{"id":3,"x":1}],"base_revision":1})", "rui"),
             "done");
   EXPECT_EQ(Code("objects.delete", R"({"ids":[1],"base_revision":1})"), "conflict");
@@ -59,7 +59,7 @@ TEST_F(SampleEditorWorld, DeletingAFamilyMindsWhatHappenedToItsChildren) {
             "not_found");
 }
 
-TEST_F(SampleEditorWorld, UndoAndRedoStopAtThePersonsWork) {
+TEST_F(SampleEditorWorldTest, UndoAndRedoStopAtThePersonsWork) {
   ASSERT_EQ(Code("objects.update", R"({"updates":[{"id":4,"x":50}],"base_revision":1})"), "done");
   ASSERT_EQ(Code("history.undo", "{}"), "done");
   EXPECT_EQ(X(4), 60);
@@ -72,7 +72,7 @@ TEST_F(SampleEditorWorld, UndoAndRedoStopAtThePersonsWork) {
   EXPECT_EQ(Code("history.undo", "{}"), "conflict");
 }
 
-TEST_F(SampleEditorWorld, RevertNeedsEveryElementAsItWasLeft) {
+TEST_F(SampleEditorWorldTest, RevertNeedsEveryElementAsItWasLeft) {
   ASSERT_EQ(
       Code("objects.update", R"({"updates":[{"id":4,"x":50},{"id":5,"x":51}],"base_revision":1})"),
       "done");
@@ -87,7 +87,7 @@ TEST_F(SampleEditorWorld, RevertNeedsEveryElementAsItWasLeft) {
   EXPECT_EQ(X(5), 72);
 }
 
-TEST_F(SampleEditorWorld, RevertDoesNotLeaveOrphans) {
+TEST_F(SampleEditorWorldTest, RevertDoesNotLeaveOrphans) {
   ASSERT_EQ(Code("objects.create", R"({"objects":[{"asset":"zorvik_casa","x":0,"z":0}]})"), "done");
   ASSERT_EQ(Code("objects.create",
                  R"({"objects":[{"asset":"zorvik_porta","x":0,"z":3,"parent":13}]})", "user"),
@@ -96,7 +96,7 @@ TEST_F(SampleEditorWorld, RevertDoesNotLeaveOrphans) {
   EXPECT_TRUE(world.objects.contains(13));
 }
 
-TEST_F(SampleEditorWorld, RestoreTakesBackTheAgentsWorkAndNotThePersons) {
+TEST_F(SampleEditorWorldTest, RestoreTakesBackTheAgentsWorkAndNotThePersons) {
   ASSERT_EQ(Code("history.checkpoint", R"({"name":"antes"})"), "done");
   ASSERT_EQ(Code("objects.update", R"({"updates":[{"id":4,"x":50}],"base_revision":1})"), "done");
   ASSERT_EQ(Code("objects.update", R"({"updates":[{"id":5,"x":1}],"base_revision":2})", "user"),

@@ -2,7 +2,7 @@
 
 #include "tests/support/server_session.h"
 
-namespace zorvik::testing {
+namespace zorvik::mcp {
 namespace {
 
 constexpr const char* kNotARequest =
@@ -15,7 +15,7 @@ struct Exchange {
   std::string answer;
 };
 
-TEST(Dispatch, AnswersEachKindOfLine) {
+TEST(DispatchTest, AnswersEachKindOfLine) {
   const std::vector<Exchange> exchanges = {
       {"{",
        R"({"jsonrpc":"2.0","id":null,"error":{"code":-32700,"message":"Parse error: esperava um texto"}})"},
@@ -45,16 +45,15 @@ TEST(Dispatch, AnswersEachKindOfLine) {
            kNotARequest + "]"},
       {R"([{"jsonrpc":"2.0","method":"x"}])", ""},
   };
-  ServerSession session;
+  tests::ServerSession session;
   session.Initialize("2025-11-25");
-  for (const Exchange& exchange : exchanges) {
+  for (const Exchange& exchange : exchanges)
     EXPECT_EQ(session.Ask(exchange.line), exchange.answer) << exchange.line;
-  }
   EXPECT_EQ(session.log, std::vector<std::string>{"mensagem invalida: esperava um texto"});
 }
 
-TEST(Dispatch, LeavesDeferredCallsOutOfTheBatchAnswer) {
-  ServerSession session;
+TEST(DispatchTest, LeavesDeferredCallsOutOfTheBatchAnswer) {
+  tests::ServerSession session;
   session.gateway.Open("e");
   session.Initialize("2025-11-25");
   const char* call =
@@ -71,4 +70,4 @@ TEST(Dispatch, LeavesDeferredCallsOutOfTheBatchAnswer) {
 }
 
 }  // namespace
-}  // namespace zorvik::testing
+}  // namespace zorvik::mcp

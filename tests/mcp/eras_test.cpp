@@ -2,7 +2,7 @@
 
 #include "tests/support/server_session.h"
 
-namespace zorvik::testing {
+namespace zorvik::mcp {
 namespace {
 
 std::string Request(const std::string& method, const std::string& params) {
@@ -28,7 +28,7 @@ std::string Unsupported(const std::string& version) {
          version + R"("}}})";
 }
 
-TEST(Eras, WorksOutTheEraOfEachRequest) {
+TEST(ErasTest, WorksOutTheEraOfEachRequest) {
   const std::string wrapped = R"({"jsonrpc":"2.0","id":1,"result":{)" + kServerMeta + "}}";
   const std::string plain = R"({"jsonrpc":"2.0","id":1,"result":{}})";
   const std::string incapable =
@@ -50,18 +50,18 @@ TEST(Eras, WorksOutTheEraOfEachRequest) {
       {Meta(R"("")", kCapable), Unsupported(""), Unsupported("")},
   };
   for (const auto& c : cases) {
-    ServerSession fresh;
+    tests::ServerSession fresh;
     EXPECT_EQ(fresh.Ask(Request("ping", c.params)), c.before) << c.params;
     fresh.Initialize("2025-03-26");
     EXPECT_EQ(fresh.Ask(Request("ping", c.params)), c.after) << c.params;
   }
-  ServerSession session;
+  tests::ServerSession session;
   EXPECT_EQ(session.Ask(Request("no/such", "{}")), kNoEra);
   session.Ask(R"({"jsonrpc":"2.0","method":"initialize","params":{}})");
   EXPECT_EQ(session.Ask(Request("ping", "{}")), kNoEra);
 }
 
-TEST(Eras, InitializeSettlesTheVersionAndTheLabel) {
+TEST(ErasTest, InitializeSettlesTheVersionAndTheLabel) {
   const struct {
     std::string params;
     std::string version;
@@ -74,7 +74,7 @@ TEST(Eras, InitializeSettlesTheVersionAndTheLabel) {
       {R"({"protocolVersion":7,"clientInfo":{"name":7}})", "2025-11-25",
        "cliente pediu , servindo 2025-11-25 para cliente "},
   };
-  ServerSession session;
+  tests::ServerSession session;
   for (const auto& c : cases) {
     const std::string answer = session.Ask(Request("initialize", c.params));
     EXPECT_EQ(answer.find(R"({"jsonrpc":"2.0","id":1,"result":{"protocolVersion":")" + c.version +
@@ -87,8 +87,8 @@ TEST(Eras, InitializeSettlesTheVersionAndTheLabel) {
   }
 }
 
-TEST(Eras, DiscoverNamesTheNewestVersionOnly) {
-  ServerSession session;
+TEST(ErasTest, DiscoverNamesTheNewestVersionOnly) {
+  tests::ServerSession session;
   session.Initialize("2025-03-26");
   const std::string legacy = session.Ask(Request("server/discover", "{}"));
   const std::string head =
@@ -102,8 +102,8 @@ TEST(Eras, DiscoverNamesTheNewestVersionOnly) {
   EXPECT_TRUE(stateless.ends_with(tail + "," + kServerMeta + "}}")) << stateless;
 }
 
-TEST(Eras, TheLastClientInfoNamesTheClientToTheEditor) {
-  ServerSession session;
+TEST(ErasTest, TheLastClientInfoNamesTheClientToTheEditor) {
+  tests::ServerSession session;
   session.gateway.Open("e");
   const auto label = [&](const std::string& rest) {
     session.Ask(Request(
@@ -122,4 +122,4 @@ TEST(Eras, TheLastClientInfoNamesTheClientToTheEditor) {
 }
 
 }  // namespace
-}  // namespace zorvik::testing
+}  // namespace zorvik::mcp

@@ -4,7 +4,7 @@
 
 #include "tests/support/server_session.h"
 
-namespace zorvik::testing {
+namespace zorvik::mcp {
 namespace {
 
 using std::chrono::milliseconds;
@@ -40,17 +40,17 @@ const std::string kTimeout =
     R"({"code":"timeout","message":"O editor nao respondeu a world_info a tempo.","hint":"Repita com o )"
     R"(mesmo request_id: uma alteracao que chegar tarde nao e aplicada duas vezes."})";
 
-class PendingCalls : public ::testing::Test {
+class PendingCallsTest : public testing::Test {
  protected:
-  PendingCalls() {
+  PendingCallsTest() {
     session.gateway.Open("a");
     session.gateway.Open("b");
     session.Initialize("2025-03-26");
   }
-  ServerSession session;
+  tests::ServerSession session;
 };
 
-TEST_F(PendingCalls, RepliesEndCallsInTheOrderOfArrival) {
+TEST_F(PendingCallsTest, RepliesEndCallsInTheOrderOfArrival) {
   for (const char* id : {"1", "\"x\"", "3"}) session.Ask(Call(id, "a"));
   session.time += milliseconds(12) + nanoseconds(999'999);
   session.gateway.Answer("a", R"([1])");
@@ -69,7 +69,7 @@ TEST_F(PendingCalls, RepliesEndCallsInTheOrderOfArrival) {
                                 "world_info -> erro em 12 ms"}));
 }
 
-TEST_F(PendingCalls, ALostEditorCostsItsCallsOnlyAndARepliedOneWins) {
+TEST_F(PendingCallsTest, ALostEditorCostsItsCallsOnlyAndARepliedOneWins) {
   session.Ask(Call("1", "a"));
   session.Ask(Call("2", "b"));
   session.Ask(Call("3", "a"));
@@ -80,7 +80,7 @@ TEST_F(PendingCalls, ALostEditorCostsItsCallsOnlyAndARepliedOneWins) {
   EXPECT_EQ(session.log.back(), "world_info -> editor_disconnected");
 }
 
-TEST_F(PendingCalls, TheDeadlineIsExact) {
+TEST_F(PendingCallsTest, TheDeadlineIsExact) {
   session.Ask(Call("1", "a"));
   session.time += milliseconds(5);
   session.Ask(Call("2", "a"));
@@ -94,7 +94,7 @@ TEST_F(PendingCalls, TheDeadlineIsExact) {
   EXPECT_EQ(session.log.front(), "world_info -> timeout");
 }
 
-TEST_F(PendingCalls, CancellationTellsTheEditorAndNeverTheClient) {
+TEST_F(PendingCallsTest, CancellationTellsTheEditorAndNeverTheClient) {
   session.Ask(Call("1", "a"));
   session.Ask(Call("1", "b"));
   session.Ask(Call("\"1\"", "a"));
@@ -121,7 +121,7 @@ TEST_F(PendingCalls, CancellationTellsTheEditorAndNeverTheClient) {
   EXPECT_NE(session.gateway.sent.back().second.find(R"("id":7,)"), std::string::npos);
 }
 
-TEST_F(PendingCalls, AnswersHaveTheFormThatTheirRequestAskedFor) {
+TEST_F(PendingCallsTest, AnswersHaveTheFormThatTheirRequestAskedFor) {
   session.Ask(
       R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":"world_info","arguments":)"
       R"({"editor_id":"a"},"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28",)"
@@ -142,4 +142,4 @@ TEST_F(PendingCalls, AnswersHaveTheFormThatTheirRequestAskedFor) {
 }
 
 }  // namespace
-}  // namespace zorvik::testing
+}  // namespace zorvik::mcp

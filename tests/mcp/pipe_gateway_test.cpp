@@ -5,7 +5,7 @@
 #include "core/local_pipe/server.h"
 #include "core/process.h"
 
-namespace zorvik::testing {
+namespace zorvik::mcp {
 namespace {
 
 using core::Json;
@@ -54,7 +54,7 @@ Json Request(int id) {
   return request;
 }
 
-class PipeGatewayTest : public ::testing::Test {
+class PipeGatewayTest : public testing::Test {
  protected:
   bool Send(const Editor& editor, int id) {
     return gateway.Send(editor.record, Request(id), error);
@@ -133,4 +133,4 @@ TEST_F(PipeGatewayTest, ReportsALostEditorOnceAndConnectsAgain) {
 }
 
 }  // namespace
-}  // namespace zorvik::testing
+}  // namespace zorvik::mcp

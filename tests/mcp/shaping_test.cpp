@@ -3,7 +3,7 @@
 #include "authoring/catalog.h"
 #include "tests/support/server_session.h"
 
-namespace zorvik::testing {
+namespace zorvik::mcp {
 namespace {
 
 using core::Json;
@@ -20,7 +20,7 @@ Json Parse(const std::string& text) {
 
 // The result that a client of that version gets for an editor's reply.
 std::string Shaped(const std::string& version, const std::string& reply) {
-  ServerSession session;
+  tests::ServerSession session;
   session.gateway.Open("e");
   session.Initialize(version);
   session.Ask(kCall);
@@ -28,7 +28,7 @@ std::string Shaped(const std::string& version, const std::string& reply) {
   return core::WriteJson(Parse(session.Poll()).At("result"));
 }
 
-TEST(Shaping, MakesADocumentOfEachReply) {
+TEST(ShapingTest, MakesADocumentOfEachReply) {
   const struct {
     const char* reply;
     const char* document;
@@ -58,7 +58,7 @@ TEST(Shaping, MakesADocumentOfEachReply) {
   }
 }
 
-TEST(Shaping, MovesImagesIntoBlocks) {
+TEST(ShapingTest, MovesImagesIntoBlocks) {
   const std::string reply =
       R"({"id":1,"ok":true,"result":{"images":[{"w":1,"data_base64":"QQ==","mime":"image/x"},)"
       R"({"data_base64":[7],"mime":7},3],"z":0}})";
@@ -78,8 +78,8 @@ TEST(Shaping, MovesImagesIntoBlocks) {
       R"({"content":[{"type":"text","text":"{\"ok\":true,\"images\":\"x\"}"}],"isError":false})");
 }
 
-TEST(Shaping, ListsTheWholeCatalogInBothForms) {
-  ServerSession session;
+TEST(ShapingTest, ListsTheWholeCatalogInBothForms) {
+  tests::ServerSession session;
   session.Initialize("2025-03-26");
   const std::string request =
       R"({"jsonrpc":"2.0","id":1,"method":"tools/list","params":{"cursor":"x")";
@@ -115,4 +115,4 @@ TEST(Shaping, ListsTheWholeCatalogInBothForms) {
 }
 
 }  // namespace
-}  // namespace zorvik::testing
+}  // namespace zorvik::mcp

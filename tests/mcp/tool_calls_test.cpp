@@ -2,7 +2,7 @@
 
 #include "tests/support/server_session.h"
 
-namespace zorvik::testing {
+namespace zorvik::mcp {
 namespace {
 
 std::string Call(const std::string& params) {
@@ -17,7 +17,7 @@ std::string Document(const std::string& answer) {
   return value.At("result").At("content")[0].At("text").TextOr(answer);
 }
 
-TEST(ToolCalls, RefusesInAFixedOrder) {
+TEST(ToolCallsTest, RefusesInAFixedOrder) {
   const auto invalid = [](const std::string& message, const std::string& tool,
                           const std::string& field, const std::string& reason) {
     return R"({"ok":false,"error":{"code":"invalid_argument","message":")" + message +
@@ -63,7 +63,7 @@ TEST(ToolCalls, RefusesInAFixedOrder) {
       {2, R"({"name":"world_info"})", ambiguous},
   };
   for (const auto& c : cases) {
-    ServerSession session;
+    tests::ServerSession session;
     if (c.editors > 0) session.gateway.Open("a");
     if (c.editors > 1) session.gateway.Open("b");
     session.Initialize("2025-03-26");
@@ -74,8 +74,8 @@ TEST(ToolCalls, RefusesInAFixedOrder) {
   }
 }
 
-TEST(ToolCalls, ForwardsToTheChosenEditor) {
-  ServerSession session;
+TEST(ToolCallsTest, ForwardsToTheChosenEditor) {
+  tests::ServerSession session;
   session.gateway.Open("a");
   session.gateway.Open("b");
   session.Initialize("2025-03-26");
@@ -102,8 +102,8 @@ TEST(ToolCalls, ForwardsToTheChosenEditor) {
   EXPECT_EQ(session.gateway.sent, expected);
 }
 
-TEST(ToolCalls, ListsEditorsWithoutTheirSecrets) {
-  ServerSession session;
+TEST(ToolCallsTest, ListsEditorsWithoutTheirSecrets) {
+  tests::ServerSession session;
   session.gateway.Open("a");
   session.gateway.editors[0].world = "w";
   session.gateway.editors[0].started = "s";
@@ -115,4 +115,4 @@ TEST(ToolCalls, ListsEditorsWithoutTheirSecrets) {
 }
 
 }  // namespace
-}  // namespace zorvik::testing
+}  // namespace zorvik::mcp

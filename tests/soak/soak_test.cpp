@@ -52,9 +52,8 @@ class Day {
  public:
   // One round of calls, all of them answered at its end.
   void Wave() {
-    for (std::size_t i = 0; i < editors.size(); ++i) {
+    for (std::size_t i = 0; i < editors.size(); ++i)
       if (!editors[i] || Chance(20)) Replace(i);
-    }
     for (int i = 0; i < 40; ++i) {
       Expect(client.BeginCall("editor_list"), "ok");
       Expect(client.BeginCall("world_info"), "ambiguous_editor");
@@ -66,17 +65,15 @@ class Day {
         if (kinds[editor]->fault == std::string("refuse-hello")) continue;
         const std::int64_t id =
             client.BeginCall(i % 8 == 0 ? "world_info" : "objects_query", At(editor));
-        if (Chance(10)) {
+        if (Chance(10))
           Cancel(id);
-        } else {
+        else
           Expect(id, "ok");
-        }
       }
     }
     Collect();
-    for (std::size_t editor = 0; editor < editors.size(); ++editor) {
+    for (std::size_t editor = 0; editor < editors.size(); ++editor)
       if (Chance(10)) MeetFault(editor);
-    }
     Collect();
   }
 
@@ -94,9 +91,8 @@ class Day {
   // Kilobytes of the server's memory.
   long Memory() const {
     std::istringstream status(ReadText(Proc() / "status"));
-    for (std::string word; status >> word;) {
+    for (std::string word; status >> word;)
       if (word == "VmRSS:" && status >> word) return std::stol(word);
-    }
     return -1;
   }
   long Descriptors() const {
@@ -131,11 +127,10 @@ class Day {
     ++faults;
     const std::int64_t id = client.BeginCall("world_summary", At(editor));
     const Kind& kind = *kinds[editor];
-    if (kind.fate == Fate::Unanswered && Chance(2)) {
+    if (kind.fate == Fate::Unanswered && Chance(2))
       Cancel(id);
-    } else {
+    else
       Expect(id, kind.fate == Fate::Answered ? "ok" : "editor_disconnected");
-    }
     if (kind.fate == Fate::Unanswered) {
       client.Ask("ping");  // The call has been sent by then.
       editors[editor]->Kill();
@@ -158,9 +153,8 @@ class Day {
   }
   // Every call that is expected gets its one answer; a cancelled one gets one at most.
   void Collect() {
-    for (const auto& [id, outcome] : expected) {
+    for (const auto& [id, outcome] : expected)
       ASSERT_EQ(Outcome(client.Answer(id).At("result")), outcome) << id;
-    }
     expected.clear();
     client.Ask("ping");
     while (!client.Unclaimed().empty()) {
@@ -178,7 +172,7 @@ class Day {
   std::set<std::int64_t> may_come;
 };
 
-TEST(Soak, EveryCallIsAnsweredOnceAndNothingGrows) {
+TEST(SoakTest, EveryCallIsAnsweredOnceAndNothingGrows) {
   const char* const wanted = std::getenv("ZORVIK_SOAK_SECONDS");
   const std::chrono::seconds length(wanted == nullptr ? 10 : std::atoi(wanted));
   const TemporaryHome home;
@@ -191,7 +185,7 @@ TEST(Soak, EveryCallIsAnsweredOnceAndNothingGrows) {
   const Clock::time_point start = Clock::now();
   Clock::time_point report = start;
   std::vector<long> memory;  // Kilobytes after each wave.
-  while (Clock::now() - start < length && !::testing::Test::HasFailure()) {
+  while (Clock::now() - start < length && !testing::Test::HasFailure()) {
     day.Wave();
     memory.push_back(day.Memory());
     if (Clock::now() < report) continue;

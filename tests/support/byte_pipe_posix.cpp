@@ -1,9 +1,9 @@
+#include "tests/support/byte_pipe.h"
+
 #include <unistd.h>
 
 #include <array>
 #include <utility>
-
-#include "tests/support/byte_pipe.h"
 
 namespace zorvik::tests {
 

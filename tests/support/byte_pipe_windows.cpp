@@ -1,8 +1,8 @@
+#include "tests/support/byte_pipe.h"
+
 #include <windows.h>
 
 #include <utility>
-
-#include "tests/support/byte_pipe.h"
 
 namespace zorvik::tests {
 namespace {

@@ -1,3 +1,5 @@
+#include "tests/support/child_process.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -13,7 +15,6 @@
 #include <utility>
 
 #include "core/win32.h"
-#include "tests/support/child_process.h"
 
 namespace zorvik::tests {
 namespace {
@@ -168,9 +169,8 @@ bool ChildProcess::ReadSome(std::string& bytes) {
 
 bool ChildProcess::Running() {
   int status = 0;
-  if (!impl->ended && waitpid(impl->pid, &status, WNOHANG) == impl->pid) {
+  if (!impl->ended && waitpid(impl->pid, &status, WNOHANG) == impl->pid)
     impl->ended = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-  }
   return !impl->ended;
 }
 

@@ -1,3 +1,5 @@
+#include "tests/support/child_process.h"
+
 #include <windows.h>
 
 #include <array>
@@ -5,7 +7,6 @@
 #include <utility>
 
 #include "core/win32.h"
-#include "tests/support/child_process.h"
 
 namespace zorvik::tests {
 namespace {
@@ -119,9 +120,8 @@ ChildProcess::ChildProcess(const ProgramStart& start) : impl(std::make_unique<Im
   for (const std::string& argument : start.arguments) command += L" \"" + Wide(argument) + L'"';
   PROCESS_INFORMATION made{};
   if (!CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                      &startup, &made)) {
+                      &startup, &made))
     Fail("the program doesn't start");
-  }
   CloseHandle(made.hThread);
   impl->process = Handle(made.hProcess);
   impl->id = made.dwProcessId;
@@ -178,9 +178,8 @@ int ChildProcess::Wait() {
   const auto limit = static_cast<DWORD>(std::chrono::milliseconds(kPatience).count());
   DWORD code = 0;
   if (WaitForSingleObject(impl->process.Get(), limit) != WAIT_OBJECT_0 ||
-      !GetExitCodeProcess(impl->process.Get(), &code)) {
+      !GetExitCodeProcess(impl->process.Get(), &code))
     Fail("the program doesn't end");
-  }
   return static_cast<int>(code);
 }
 

@@ -11,9 +11,8 @@ ProgramStart EditorStart(const std::string& id, const std::vector<std::string>& 
   ProgramStart start;
   start.program = "zorvik_sample_editor";
   start.arguments = {"--id", id};
-  for (const std::string& kind : misbehaviours) {
+  for (const std::string& kind : misbehaviours)
     start.arguments.insert(start.arguments.end(), {"--misbehave", kind});
-  }
   return start;
 }
 

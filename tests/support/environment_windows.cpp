@@ -1,7 +1,8 @@
+#include "tests/support/environment.h"
+
 #include <windows.h>
 
 #include "core/platform/files.h"
-#include "tests/support/environment.h"
 
 namespace zorvik::tests {
 

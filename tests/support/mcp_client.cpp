@@ -80,9 +80,8 @@ std::string McpClient::AnswerLine(std::int64_t id) {
     if (!line) throw std::runtime_error("the server ended: " + Errors());
     const Json message = Parse(*line);
     const std::int64_t answered = message.At("id").IntOr(-1);
-    if (!answers.emplace(answered, std::move(*line)).second) {
+    if (!answers.emplace(answered, std::move(*line)).second)
       throw std::runtime_error("answered twice: " + std::to_string(answered));
-    }
   }
 }
 

@@ -7,7 +7,7 @@
 #include "core/json.h"
 #include "mcp/editor_gateway.h"
 
-namespace zorvik::testing {
+namespace zorvik::tests {
 
 // A gateway whose editors, failures and replies the test decides, and which notes what was sent.
 class ScriptedGateway : public mcp::EditorGateway {
@@ -51,4 +51,4 @@ class ScriptedGateway : public mcp::EditorGateway {
   }
 };
 
-}  // namespace zorvik::testing
+}  // namespace zorvik::tests

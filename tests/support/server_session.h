@@ -8,7 +8,7 @@
 #include "mcp/server.h"
 #include "tests/support/scripted_gateway.h"
 
-namespace zorvik::testing {
+namespace zorvik::tests {
 
 // A server with a scripted gateway and a clock that stands still until it is moved.
 struct ServerSession {
@@ -45,4 +45,4 @@ struct ServerSession {
   }
 };
 
-}  // namespace zorvik::testing
+}  // namespace zorvik::tests

@@ -17,8 +17,9 @@ struct Block {
 };
 
 bool Holds(const Block& block) {
-  return std::all_of(block.bytes, block.bytes + block.size,
-                     [&](unsigned char byte) { return byte == block.mark; });
+  return std::all_of(
+      block.bytes, block.bytes + block.size,
+      [&](unsigned char byte) { return byte == block.mark; });
 }
 
 TEST(BlockPoolTest, BlocksOfAllSizesAreApartFromEachOther) {

@@ -1,17 +1,17 @@
-#include "core/json.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <limits>
 #include <string>
 
+#include "core/json.h"
+
 namespace zorvik::core {
 namespace {
 
 constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 
-TEST(Json, LookupsThatFindNothingCanBeChained) {
+TEST(JsonTest, LookupsThatFindNothingCanBeChained) {
   Json object;
   object.Set("n", Json::Int(1));
   object.Set("list", Json::Array()).Add(Json::Text("a"));
@@ -27,7 +27,7 @@ TEST(Json, LookupsThatFindNothingCanBeChained) {
   EXPECT_FALSE(object.At("list").Has("a"));
 }
 
-TEST(Json, ReadsScalarsOfItsKindOnly) {
+TEST(JsonTest, ReadsScalarsOfItsKindOnly) {
   const struct {
     double number;
     std::int64_t whole;
@@ -58,7 +58,7 @@ TEST(Json, ReadsScalarsOfItsKindOnly) {
   EXPECT_FALSE(Json::Bool(false).BoolOr(true));
 }
 
-TEST(Json, SetKeepsThePlaceOfAKey) {
+TEST(JsonTest, SetKeepsThePlaceOfAKey) {
   Json object = Json::Text("lost");
   object.Set("a", Json::Int(1));
   object.Set("b", Json::Int(2));
@@ -73,7 +73,7 @@ TEST(Json, SetKeepsThePlaceOfAKey) {
   EXPECT_EQ(object.fields.size(), 2U);
 }
 
-TEST(Json, SetTakesAKeyOutOfWhatItDrops) {
+TEST(JsonTest, SetTakesAKeyOutOfWhatItDrops) {
   Json json = Json::Text("a key that is too long to stand inside the string object");
   json.Set(json.text, Json::Int(1));
   for (int i = 0; i < 3; ++i) json.Set(json.fields.back().first + "!", Json());

@@ -33,7 +33,7 @@ struct Case {
   std::string result;
 };
 
-TEST(ReadJson, AcceptsAndRefuses) {
+TEST(JsonReaderTest, AcceptsAndRefuses) {
   const Case cases[] = {
       {"", "documento vazio"},
       {" \t\r\n", "documento vazio"},
@@ -74,7 +74,7 @@ TEST(ReadJson, AcceptsAndRefuses) {
   for (const Case& c : cases) EXPECT_EQ(Reread(c.text), c.result) << c.text;
 }
 
-TEST(ReadJson, Texts) {
+TEST(JsonReaderTest, Texts) {
   const Case cases[] = {
       {R"("\"\\\/\b\f\n\r\t")", R"("\"\\/\b\f\n\r\t")"},
       {R"("\u0041\u00e9\u20AC\ud83d\ude00")", "\"A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\""},
@@ -101,7 +101,7 @@ TEST(ReadJson, Texts) {
   for (const Case& c : cases) EXPECT_EQ(Reread(c.text), c.result) << c.text;
 }
 
-TEST(ReadJson, Numbers) {
+TEST(JsonReaderTest, Numbers) {
   const struct {
     std::string text;
     double value;
@@ -143,17 +143,15 @@ TEST(ReadJson, Numbers) {
     EXPECT_EQ(number.number, c.value) << c.text;
     EXPECT_EQ(std::signbit(number.number), std::signbit(c.value)) << c.text;
   }
-  for (const char* text : {"-", "+", ".", "-.", "e5", "-+1", "- 1", ".e1", "Infinity"}) {
+  for (const char* text : {"-", "+", ".", "-.", "e5", "-+1", "- 1", ".e1", "Infinity"})
     EXPECT_EQ(Reread(text), "esperava um numero") << text;
-  }
   for (const std::string& text :
        {"1e400"s, "-1e-400"s, "1e99999999999999999999"s, "1.7976931348623159e308"s, "2.47e-324"s,
-        std::string(400, '9'), std::string(400, '9') + "e"}) {
+        std::string(400, '9'), std::string(400, '9') + "e"})
     EXPECT_EQ(Reread(text), "numero fora da faixa") << text;
-  }
 }
 
-TEST(ReadJson, Limits) {
+TEST(JsonReaderTest, Limits) {
   const auto nested = [](std::size_t depth, const char* inside) {
     return Repeat("[", depth) + inside + Repeat("]", depth);
   };
@@ -161,9 +159,8 @@ TEST(ReadJson, Limits) {
   EXPECT_EQ(Reread(nested(64, "1")), nested(64, "1"));
   EXPECT_EQ(Reread(nested(65, " ")), nested(65, ""));
   EXPECT_EQ(Reread(nested(65, "1")), "JSON encaixado demais");
-  for (const char* beyond : {"1,", "1,2,x", "1,,"}) {
+  for (const char* beyond : {"1,", "1,2,x", "1,,"})
     EXPECT_EQ(Reread(nested(65, beyond)), "JSON encaixado demais") << beyond;
-  }
   EXPECT_EQ(Reread(Repeat("[", 65)), "JSON encaixado demais");
   EXPECT_EQ(Reread(Repeat("{\"a\":", 65)), "JSON encaixado demais");
 
@@ -172,7 +169,7 @@ TEST(ReadJson, Limits) {
   EXPECT_EQ(Reread(std::string(limit, ' ') + "1"), "documento JSON grande demais");
 }
 
-TEST(ReadJson, RepeatedKeysInLargeObjects) {
+TEST(JsonReaderTest, RepeatedKeysInLargeObjects) {
   // Key lengths and contents that share beginnings, ends and sizes.
   std::string text = "{";
   Json expected = Json::Object();
@@ -193,7 +190,7 @@ TEST(ReadJson, RepeatedKeysInLargeObjects) {
 
 // A full object like the one before it, and then the same key on and on. Looking through all fields
 // for each repeat would take half a minute.
-TEST(ReadJson, RepeatsInAFullObjectTakeTimeInProportion) {
+TEST(JsonReaderTest, RepeatsInAFullObjectTakeTimeInProportion) {
   std::string full = "{\"k0\":0";
   for (int i = 1; i < 65'535; ++i) full += ",\"k" + std::to_string(i) + "\":1";
   const auto begin = std::chrono::steady_clock::now();
@@ -202,7 +199,7 @@ TEST(ReadJson, RepeatsInAFullObjectTakeTimeInProportion) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
 }
 
-TEST(ReadJson, CountsFieldsWithoutRepeatsUpToTheLimit) {
+TEST(JsonReaderTest, CountsFieldsWithoutRepeatsUpToTheLimit) {
   std::string full = "{\"k0\":0";
   for (int i = 1; i < 65'536; ++i) full += ",\"k" + std::to_string(i) + "\":1";
   EXPECT_EQ(Reread(full + "}"), full + "}");

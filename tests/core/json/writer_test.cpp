@@ -15,7 +15,7 @@ using namespace std::string_literals;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-TEST(WriteJson, Numbers) {
+TEST(JsonWriterTest, Numbers) {
   const struct {
     double number;
     const char* text;
@@ -46,7 +46,7 @@ TEST(WriteJson, Numbers) {
   for (const auto& c : cases) EXPECT_EQ(WriteJson(Json::Number(c.number)), c.text);
 }
 
-TEST(WriteJson, FractionsLookAsFromPrintf) {
+TEST(JsonWriterTest, FractionsLookAsFromPrintf) {
   std::mt19937_64 random(7);
   for (int i = 0; i < 100'000; ++i) {
     // Odd numerators over powers of two and of ten: ties, carries to the next decade, short ends.
@@ -60,7 +60,7 @@ TEST(WriteJson, FractionsLookAsFromPrintf) {
   }
 }
 
-TEST(WriteJson, Texts) {
+TEST(JsonWriterTest, Texts) {
   const struct {
     std::string text;
     std::string written;
@@ -86,7 +86,7 @@ TEST(WriteJson, Texts) {
   }
 }
 
-TEST(WriteJson, Containers) {
+TEST(JsonWriterTest, Containers) {
   Json document = Json::Object();
   document.Set("list", Json::Array()).Add(Json::Bool(true));
   document.Set("empty", Json::Array());
@@ -98,7 +98,7 @@ TEST(WriteJson, Containers) {
             R"({"list":[true,null],"empty":[],"object":{"none":{},"b":false}})");
 }
 
-TEST(WriteJson, LeavesRoomForALineFeedBehindABigText) {
+TEST(JsonWriterTest, LeavesRoomForALineFeedBehindABigText) {
   Json document;
   document.Set("image", Json::Text(std::string(1'000'000, 'A')));
   std::string written = WriteJson(document);

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/local_pipe/lines.h"
 #include "core/local_pipe/client.h"
+#include "core/local_pipe/lines.h"
 #include "core/local_pipe/server.h"
 #include "core/platform/error_codes.h"
 #include "core/platform/pipes.h"
@@ -41,9 +41,7 @@ class LocalPipeTest : public testing::Test {
     while (!done()) {
       ASSERT_LT(Clock::now(), deadline);
       Poll();
-      if (client.Connected()) {
-        client.Receive(lines, error);
-      }
+      if (client.Connected()) client.Receive(lines, error);
     }
   }
 
@@ -60,11 +58,8 @@ class LocalPipeTest : public testing::Test {
 
   Lines Received(std::int32_t connection) const {
     Lines received;
-    for (const auto& message : messages) {
-      if (message.connection == connection) {
-        received.push_back(message.line);
-      }
-    }
+    for (const auto& message : messages)
+      if (message.connection == connection) received.push_back(message.line);
     return received;
   }
 
@@ -115,9 +110,8 @@ TEST_F(LocalPipeTest, LinesKeepTheirOrderBothWays) {
   EXPECT_EQ(server.Name(), name);
   EXPECT_FALSE(server.Send(1, "cedo"));  // It has no client yet.
   ASSERT_TRUE(client.Connect(name, 0, error)) << error;
-  for (const char* line : {"um", "", "dois\r", "tres"}) {
+  for (const char* line : {"um", "", "dois\r", "tres"})
     ASSERT_TRUE(client.Send(line, error)) << error;
-  }
   Until([&] { return messages.size() == 3; });
   EXPECT_EQ(Received(1), (Lines{"um", "dois", "tres"}));
   ASSERT_TRUE(server.Send(1, "quatro"));
@@ -165,9 +159,7 @@ TEST_F(LocalPipeTest, TheServerEndsALineThatIsTooLong) {
   Poll();
   Write(end, "a\n" + std::string(kLineRestLimit, 'x'));
   Write(end, "\n" + std::string(kLineRestLimit, 'y'));
-  for (int poll = 0; poll < 3; ++poll) {
-    Poll();
-  }
+  for (int poll = 0; poll < 3; ++poll) Poll();
   ASSERT_EQ(messages.size(), 2u);
   EXPECT_EQ(messages[0].line, "meia");
   EXPECT_EQ(messages[1].line.size(), kLineRestLimit);
@@ -232,9 +224,7 @@ TEST_F(LocalPipeTest, ABusyPipeIsTriedUntilItIsFree) {
   std::uint64_t now = 0;
   LocalPipeClient second([&] {
     // The editor wakes up late, but in time.
-    if ((now += 100) >= 500) {
-      Poll();
-    }
+    if ((now += 100) >= 500) Poll();
     return now;
   });
   EXPECT_TRUE(second.Connect(name, 1'000, error)) << error;
@@ -294,9 +284,7 @@ TEST_F(LocalPipeTest, DropDeliversWhatWasQueued) {
   OpenAndConnect();
   ASSERT_TRUE(client.Send("tarde", error));
   const Lines last = {"um", "dois", std::string(8'000'000, 'x')};
-  for (const std::string& line : last) {
-    ASSERT_TRUE(server.Send(1, line));
-  }
+  for (const std::string& line : last) ASSERT_TRUE(server.Send(1, line));
   server.Drop(1);
   EXPECT_FALSE(server.Send(1, "quatro"));
   EXPECT_EQ(server.Connections(), 1u);
@@ -310,9 +298,7 @@ TEST_F(LocalPipeTest, DropDeliversWhatWasQueued) {
 
 TEST_F(LocalPipeTest, LinesOfAnEditorThatWentComeWithTheLoss) {
   OpenAndConnect();
-  for (const char* line : {"um", "dois", "tres"}) {
-    ASSERT_TRUE(server.Send(1, line));
-  }
+  for (const char* line : {"um", "dois", "tres"}) ASSERT_TRUE(server.Send(1, line));
   server.Drop(1);
   Poll();
   ASSERT_EQ(server.Connections(), 0u);
@@ -353,9 +339,8 @@ TEST_F(LocalPipeTest, AWriteMayStandStillForThirtySeconds) {
     LocalPipeClient stalled([&] { return now; });
     ASSERT_TRUE(stalled.Connect(name, 0, error));
     Poll();
-    for (int line = 0; line < 8; ++line) {
+    for (int line = 0; line < 8; ++line)
       ASSERT_TRUE(stalled.Send(std::string(1'000'000, 'x'), error)) << error;
-    }
     now += 29'999;
     EXPECT_TRUE(stalled.Send("mais", error)) << error;
     EXPECT_TRUE(stalled.Receive(lines, error)) << error;
@@ -371,9 +356,8 @@ TEST_F(LocalPipeTest, TheTimeOfAStallCountsForOneWriteOnly) {
   std::uint64_t now = 0;
   LocalPipeClient slow([&] { return now; });
   ASSERT_TRUE(slow.Connect(name, 0, error));
-  for (int line = 0; line < 20; ++line) {
+  for (int line = 0; line < 20; ++line)
     ASSERT_TRUE(slow.Send(std::string(1'000'000, 'x'), error)) << error;
-  }
   const auto deadline = Clock::now() + std::chrono::seconds(30);
   std::size_t heard = 0;
   while (messages.size() < 20) {

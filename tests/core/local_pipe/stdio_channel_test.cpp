@@ -85,9 +85,8 @@ TEST_F(StdioChannelTest, OnePollTakesAtMost64Reads) {
     for (std::size_t i = 0; i < kLines; ++i) bytes += "x\n";
     std::string_view left = bytes;
     std::size_t count = 0;
-    while (!left.empty() && in.Writer().Write(left.data(), left.size(), count)) {
+    while (!left.empty() && in.Writer().Write(left.data(), left.size(), count))
       left.remove_prefix(count);
-    }
     in.CloseWriter();
   });
   std::size_t total = 0;

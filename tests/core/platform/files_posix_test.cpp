@@ -1,3 +1,5 @@
+#include "core/platform/files.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -9,7 +11,6 @@
 
 #include "core/editor_registry.h"
 #include "core/file_write.h"
-#include "core/platform/files.h"
 #include "core/platform/process.h"
 #include "tests/support/temporary_home.h"
 

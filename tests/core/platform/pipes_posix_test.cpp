@@ -31,9 +31,7 @@ namespace fs = std::filesystem;
 class PipesPosixTest : public testing::Test {
  protected:
   void SetUp() override {
-    if (getuid() != 0) {
-      GTEST_SKIP() << "only root can test other users";
-    }
+    if (getuid() != 0) GTEST_SKIP() << "only root can test other users";
     user = 1'000'000'000 + static_cast<uid_t>(getpid());
     folder = "/tmp/zorvik-" + std::to_string(user);
     ASSERT_EQ(seteuid(user), 0);
@@ -159,9 +157,7 @@ TEST_F(PipesPosixTest, ANameIsFreeHoweverItsServerDied) {
   const pid_t child = fork();
   if (child == 0) {
     const char answer = server.Open("nome", error) ? 'y' : 'n';
-    if (write(ready[1], &answer, 1) == 1) {
-      pause();
-    }
+    if (write(ready[1], &answer, 1) == 1) pause();
     _exit(1);
   }
   char answer = 0;
@@ -227,14 +223,10 @@ TEST_F(PipesPosixTest, RefusesAServerOfAnotherUser) {
 TEST_F(PipesPosixTest, RunningOutOfDescriptorsIsAnErrorLikeAnyOther) {
   ASSERT_TRUE(server.Open("nome", error));
   std::vector<int> all;
-  for (int number = dup(0); number != -1; number = dup(0)) {
-    all.push_back(number);
-  }
+  for (int number = dup(0); number != -1; number = dup(0)) all.push_back(number);
   EXPECT_FALSE(client.Connect("nome", 0, error));
   EXPECT_EQ(error, NotAccepted("nome", 4));
-  for (const int number : all) {
-    close(number);
-  }
+  for (const int number : all) close(number);
   EXPECT_TRUE(client.Connect("nome", 0, error)) << error;
 }
 

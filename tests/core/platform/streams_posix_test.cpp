@@ -1,3 +1,5 @@
+#include "core/platform/streams.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -11,8 +13,6 @@
 #include <string_view>
 #include <thread>
 #include <vector>
-
-#include "core/platform/streams.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -70,9 +70,8 @@ TEST_P(StreamsPosixTest, AStreamSetNotToBlockIsWaitedForAndSignalsAreOverlooked)
     std::array<char, 4096> bytes;
     std::size_t count = 0;
     reading = true;
-    while (InputStream::Borrow(ends.reader).Read(bytes.data(), bytes.size(), count) && count > 0) {
+    while (InputStream::Borrow(ends.reader).Read(bytes.data(), bytes.size(), count) && count > 0)
       received.append(bytes.data(), count);
-    }
     close(ends.reader);
   });
   while (!reading) std::this_thread::yield();
