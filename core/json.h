@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/json/block_allocator.h"
+#include "core/json/memory.h"
 
 namespace zorvik::core {
 
@@ -15,8 +15,8 @@ namespace zorvik::core {
 //
 // A plain value with public members; only the member that belongs to `kind` carries meaning. Copies
 // are deep and a value owns everything below it. Objects are ordered lists: keys are written in the
-// order in which they were first set, and looked up by a scan from the start. All values take their
-// memory from one pool, so only one thread of a process may use them.
+// order in which they were first set, and looked up by a scan from the start. Threads may use
+// documents of their own at the same time, and hand them to each other.
 struct Json {
   enum class Kind : std::uint8_t {
     Null = 0,
@@ -32,8 +32,8 @@ struct Json {
   bool boolean = false;
   double number = 0;
   std::string text;  // UTF-8 by convention, not checked; may hold zero bytes.
-  std::vector<Json, BlockAllocator<Json>> items;
-  std::vector<Field, BlockAllocator<Field>> fields;
+  std::vector<Json, ListAllocator<Json>> items;
+  std::vector<Field, ListAllocator<Field>> fields;
 
   // A null. Not defaulted: some compilers would look into `fields` while Field is still incomplete.
   constexpr Json() noexcept {}

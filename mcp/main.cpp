@@ -4,7 +4,7 @@
 
 #include "authoring/protocols.h"
 #include "core/editor_registry.h"
-#include "core/json/block_allocator.h"
+#include "core/json/memory.h"
 #include "core/local_pipe/stdio_channel.h"
 #include "core/platform/files.h"
 #include "core/platform/streams.h"

@@ -18,10 +18,10 @@ constexpr std::size_t kTextLimit = 16'777'216;
 constexpr std::size_t kFieldLimit = 65'536;
 constexpr std::size_t kItemLimit = 8'388'608;
 constexpr int kDepthLimit = 65;
-// The room that a list or an object begins with. From the second number on it gets the room at once
-// that it will need.
-constexpr std::size_t kFirstRoom = 4;
-constexpr std::size_t kRoomBeforeCounting = 16;
+// The room that an object and a list of texts begin with.
+constexpr std::size_t kFirstFields = 4;
+constexpr std::size_t kFirstTexts = 4;
+constexpr std::size_t kFieldsBeforeCounting = 16;
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
@@ -104,8 +104,8 @@ bool NearestDouble(const char* at, const char* mantissa_end, const char* end, do
   return std::from_chars(at, end, out).ec == std::errc();
 }
 
-// How often the predicate holds in front of the first of the four stops. Works in blocks, so that
-// it never looks far beyond what it counts.
+// Counts the bytes from `at` on for which the predicate holds, up to the first of the four stops.
+// Works in blocks, so that it never looks far beyond what it counts.
 template <class Predicate>
 std::size_t CountUntil(const char* at, const char* end, std::array<char, 4> stops,
                        Predicate counts) {
@@ -131,18 +131,31 @@ std::size_t CountUntil(const char* at, const char* end, std::array<char, 4> stop
   return count;
 }
 
-// How many items of a list follow up to the next text, container or end. Long lists are mostly
-// lists of numbers, and counting those is cheaper than moving them, because values are much larger
-// than their text. No more than a list may hold: a broken one may be nothing but commas.
+// How many items of a list follow up to the next text, container or end: 1 if the next item is one
+// of those. No more than a list may hold, since a broken one may be nothing but commas.
 std::size_t CountScalars(const char* at, const char* end) {
+  // Most lists are short: positions, colours, limits.
+  constexpr std::ptrdiff_t kShort = 64;
+  std::size_t count = 1;
+  for (const char* const near = at + std::min(kShort, end - at); at < near; ++at)
+    if (*at == ',')
+      ++count;
+    else if (*at == '"' || *at == '{' || *at == '[' || *at == ']')
+      return count;
   const auto is_comma = [](const char* c) { return *c == ','; };
-  return std::min(kItemLimit, 1 + CountUntil(at, end, {'"', '{', '[', ']'}, is_comma));
+  return std::min(kItemLimit, count + CountUntil(at, end, {'"', '{', '[', ']'}, is_comma));
 }
 
 // The same for an object's fields behind the one whose value begins at `at`.
 std::size_t CountFields(const char* at, const char* end) {
   const auto ends_key = [](const char* c) { return (*c == ':') & (c[-1] == '"'); };
   return std::min(kFieldLimit, 1 + CountUntil(at, end, {'{', '[', ']', '}'}, ends_key));
+}
+
+// Gives back the room of a list that has ended when more than a quarter of it is unused.
+template <class List>
+void GiveSpareRoomBack(List& list) {
+  if (list.capacity() - list.size() > list.size() / 3) list.shrink_to_fit();
 }
 
 // Every operation is given the position where it begins and returns the one behind what it read, or
@@ -158,7 +171,7 @@ class Reader {
     at = SkipSpace(at);
     if (at == end) return Fail("documento vazio");
     if (*at == '{') return Object(at + 1, out, depth, model);
-    if (*at == '[') return Array(at + 1, out, depth, model);
+    if (*at == '[') return Array(at + 1, out, depth);
     return Scalar(at, out);
   }
   const char* SkipSpace(const char* at) const {
@@ -172,7 +185,7 @@ class Reader {
   const char* Scalar(const char* at, Json& out);
   const char* Object(const char* at, Json& out, int depth, const Json& model);
   const char* Key(const char* at, std::string_view& key);
-  const char* Array(const char* at, Json& out, int depth, const Json& model);
+  const char* Array(const char* at, Json& out, int depth);
   const char* String(const char* at, std::string& out);
   const char* EscapedString(const char* at, std::string& out);
   const char* UnicodeEscape(const char* at, unsigned& code);
@@ -230,7 +243,7 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
   out.kind = Json::Kind::Object;
   at = SkipSpace(at);
   if (Is(at, '}')) return at + 1;
-  out.fields.reserve(model.fields.empty() ? kFirstRoom : model.fields.size());
+  out.fields.reserve(model.fields.empty() ? kFirstFields : model.fields.size());
   KeyIndex index;
   std::size_t like_model = 0;  // So many first keys are those of the model, so they are different.
   for (std::size_t count = 0;; ++count) {
@@ -253,7 +266,7 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
         return at == nullptr ? nullptr : Fail("objeto com campos demais");
       }
     }
-    if (count >= kRoomBeforeCounting && count == out.fields.capacity())
+    if (count >= kFieldsBeforeCounting && count == out.fields.capacity())
       out.fields.reserve(count + std::max(count, CountFields(at, end)));
     Json::Field& field = out.fields.emplace_back(
         std::piecewise_construct, std::forward_as_tuple(key), std::forward_as_tuple());
@@ -270,6 +283,7 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
       ++at;
     } else if (Is(at, '}')) {
       if (like_model < out.fields.size()) index.Merge(out.fields, like_model);
+      GiveSpareRoomBack(out.fields);
       return at + 1;
     } else {
       return Fail("esperava \",\" ou \"}\"");
@@ -290,35 +304,25 @@ const char* Reader::Key(const char* at, std::string_view& key) {
   return at;
 }
 
-const char* Reader::Array(const char* at, Json& out, int depth, const Json& model) {
+const char* Reader::Array(const char* at, Json& out, int depth) {
   out.kind = Json::Kind::Array;
   at = SkipSpace(at);
   if (Is(at, ']')) return at + 1;
-  out.items.reserve(model.items.empty() ? kFirstRoom : model.items.size());
-  std::size_t room = out.items.capacity();
   // More items than a list may hold don't fit a text of the greatest length, so nobody counts them.
   for (std::size_t count = 0;; ++count) {
-    if (count == room) {
-      const std::size_t more = count < kRoomBeforeCounting ? count : CountScalars(at, end);
-      out.items.reserve(count + std::max(count, more));
-      room = out.items.capacity();
-    }
+    // A value is much larger than its text, so counting ahead is cheaper than moving what is there.
+    if (count == out.items.capacity())
+      out.items.reserve(count + std::max(count, Is(at, '"') ? kFirstTexts : CountScalars(at, end)));
     Json& item = out.items.emplace_back();
-    // Flags, weights and levels: a digit alone is the shortest item, so that they come in millions.
-    // The list's last item still goes the long way, and so meets the limit of the depth.
-    if (end - at >= 2 && at[1] == ',' && IsDigit(at[0])) {
-      item.kind = Json::Kind::Number;
-      item.number = at[0] - '0';
-      at += 2;
-      continue;
-    }
     at = Value(at, item, depth + 1, count > 0 ? *(&item - 1) : Nothing);
     if (at == nullptr) return nullptr;
     at = SkipSpace(at);
-    if (Is(at, ','))
+    if (Is(at, ',')) {
       ++at;
-    else
+    } else {
+      GiveSpareRoomBack(out.items);
       return Is(at, ']') ? at + 1 : Fail("esperava \",\" ou \"]\"");
+    }
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "core/json.h"
 #include "core/json/decimal_scaling.h"
+#include "core/json/memory.h"
 #include "core/json/text_output.h"
 #include "core/json/text_scan.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 // A text from this size on gets its room at once, with some for what follows it. Otherwise the
 // output of a large image would grow by doubling, and be copied each time.
-constexpr std::size_t kBigText = 65'536;
+constexpr std::size_t kBigText = 1'048'576;
 constexpr std::size_t kRoomBehindBigText = 16'384;
 
 // A number takes at most 24 bytes. Behind them there is room for copies of digits that are longer
@@ -250,10 +251,15 @@ void Write(const Json& value, TextOutput& out) {
 }  // namespace
 
 std::string WriteJson(const Json& value) {
-  std::string text;
-  TextOutput out(text);
+  std::string buffer = TakeSpareText();
+  TextOutput out(buffer);
   Write(value, out);
   out.Flush();
+  if (buffer.size() >= kBigText) return buffer;
+  std::string text;
+  text.reserve(buffer.size() + 1);  // For the line feed that mostly follows.
+  text = buffer;
+  KeepSpareText(std::move(buffer));
   return text;
 }
 

@@ -2,8 +2,7 @@
 
 namespace zorvik::core::platform {
 
-// The heap decides by itself what it keeps.
-void KeepFreedMemory(std::size_t /*size*/) {}
+// The heap does so by itself.
 void ReturnFreedMemory() {}
 
 }  // namespace zorvik::core::platform
