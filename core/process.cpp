@@ -9,19 +9,11 @@
 
 namespace zorvik::core {
 
-std::uint32_t CurrentProcessId() {
-  return platform::ProcessId();
-}
-
-bool ProcessAlive(std::uint64_t pid) {
-  return platform::ProcessRunning(pid);
-}
-
 std::string RandomHex(int bytes) {
   std::vector<unsigned char> random(static_cast<std::size_t>(std::max(bytes, 1)));
   if (!platform::FillRandom(random.data(), random.size())) {
     FillFromCounter(random.data(), random.size(), platform::PerformanceCounter(),
-                    platform::ProcessId());
+                    CurrentProcessId());
   }
   constexpr const char* kDigits = "0123456789abcdef";
   std::string text;
@@ -46,10 +38,6 @@ std::string LocalTimestamp() {
   const std::tm local = platform::LocalTime(std::time(nullptr));
   std::array<char, 32> text;
   return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &local)};
-}
-
-void SleepMilliseconds(int ms) {
-  platform::Sleep(static_cast<std::uint32_t>(std::max(ms, 0)));
 }
 
 }  // namespace zorvik::core

@@ -5,39 +5,20 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <system_error>
+
+#include "core/platform/posix.h"
 
 namespace zorvik::core::platform {
 namespace {
 
-// An open file, closed at the end of the scope.
-class Descriptor {
- public:
-  Descriptor(const std::filesystem::path& path, int flags, mode_t mode = 0) {
-    do {
-      fd = open(path.c_str(), flags | O_CLOEXEC, mode);
-    } while (fd < 0 && errno == EINTR);
-  }
-  ~Descriptor() {
-    if (fd >= 0) close(fd);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  bool Valid() const { return fd >= 0; }
-  int Number() const { return fd; }
-
- private:
-  int fd = -1;
-};
+Descriptor Open(const std::filesystem::path& path, int flags, mode_t mode = 0) {
+  return Descriptor(RetryOnInterrupt([&] { return open(path.c_str(), flags | O_CLOEXEC, mode); }));
+}
 
 bool Sync(const Descriptor& file) {
-  if (!file.Valid()) return false;
-  while (fsync(file.Number()) != 0)
-    if (errno != EINTR) return false;
-  return true;
+  return file.Valid() && RetryOnInterrupt([&] { return fsync(file.Get()); }) == 0;
 }
 
 }  // namespace
@@ -72,35 +53,35 @@ bool CreatePrivateFile(const std::filesystem::path& path) {
   // A leftover is removed rather than emptied: it may be a link, or stand open in a process that is
   // not to see the new contents.
   unlink(path.c_str());
-  const Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
-  return file.Valid() && fchmod(file.Number(), S_IRUSR | S_IWUSR) == 0;
+  const Descriptor file = Open(path, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+  return file.Valid() && fchmod(file.Get(), S_IRUSR | S_IWUSR) == 0;
 }
 
 bool ReadWholeFile(const std::filesystem::path& path, std::string& content) {
   content.clear();
   // Without O_NONBLOCK the opening of a FIFO would wait for a writer.
-  const Descriptor file(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+  const Descriptor file = Open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
   struct stat status = {};
-  if (!file.Valid() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  if (!file.Valid() || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
   std::array<char, 65'536> chunk;
   while (true) {
-    const ssize_t got = read(file.Number(), chunk.data(), chunk.size());
+    const ssize_t got =
+        RetryOnInterrupt([&] { return read(file.Get(), chunk.data(), chunk.size()); });
     if (got == 0) return true;
-    if (got > 0) {
-      content.append(chunk.data(), static_cast<std::size_t>(got));
-    } else if (errno != EINTR) {
+    if (got < 0) {
       content.clear();
       return false;
     }
+    content.append(chunk.data(), static_cast<std::size_t>(got));
   }
 }
 
 bool SyncFile(const std::filesystem::path& path) {
-  return Sync(Descriptor(path, O_WRONLY | O_NONBLOCK));
+  return Sync(Open(path, O_WRONLY | O_NONBLOCK));
 }
 
 bool SyncDirectory(const std::filesystem::path& path) {
-  return Sync(Descriptor(path.empty() ? "." : path, O_RDONLY | O_DIRECTORY));
+  return Sync(Open(path.empty() ? "." : path, O_RDONLY | O_DIRECTORY));
 }
 
 }  // namespace zorvik::core::platform

@@ -6,29 +6,17 @@
 #include <cstddef>
 #include <system_error>
 
+#include "core/platform/windows.h"
+
 namespace zorvik::core::platform {
 namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// An open file, closed at the end of the scope.
-class File {
- public:
-  File(const std::filesystem::path& path, DWORD access, DWORD disposition)
-      : handle(CreateFileW(path.c_str(), access, kShareAll, nullptr, disposition,
-                           FILE_ATTRIBUTE_NORMAL, nullptr)) {}
-  ~File() {
-    if (Valid()) CloseHandle(handle);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-
-  bool Valid() const { return handle != INVALID_HANDLE_VALUE; }
-  HANDLE Get() const { return handle; }
-
- private:
-  HANDLE handle;
-};
+Handle Open(const std::filesystem::path& path, DWORD access, DWORD disposition) {
+  return Handle(CreateFileW(path.c_str(), access, kShareAll, nullptr, disposition,
+                            FILE_ATTRIBUTE_NORMAL, nullptr));
+}
 
 }  // namespace
 
@@ -43,11 +31,7 @@ std::string PathText(const std::filesystem::path& path) {
 }
 
 std::filesystem::path TextPath(const std::string& text) {
-  const int length = static_cast<int>(text.size());
-  const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
-  return wide;
+  return WideText(text);
 }
 
 std::filesystem::path TemporaryFolder() {
@@ -66,12 +50,12 @@ bool CreatePrivateFile(const std::filesystem::path& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
     DeleteFileW(path.c_str());
-  return File(path, GENERIC_WRITE, CREATE_ALWAYS).Valid();
+  return Open(path, GENERIC_WRITE, CREATE_ALWAYS).Valid();
 }
 
 bool ReadWholeFile(const std::filesystem::path& path, std::string& content) {
   content.clear();
-  const File file(path, GENERIC_READ, OPEN_EXISTING);
+  const Handle file = Open(path, GENERIC_READ, OPEN_EXISTING);
   if (!file.Valid() || GetFileType(file.Get()) != FILE_TYPE_DISK) return false;
   std::array<char, 65'536> chunk;
   while (true) {
@@ -86,7 +70,7 @@ bool ReadWholeFile(const std::filesystem::path& path, std::string& content) {
 }
 
 bool SyncFile(const std::filesystem::path& path) {
-  const File file(path, GENERIC_WRITE, OPEN_EXISTING);
+  const Handle file = Open(path, GENERIC_WRITE, OPEN_EXISTING);
   return file.Valid() && FlushFileBuffers(file.Get());
 }
 

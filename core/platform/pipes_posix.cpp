@@ -24,6 +24,7 @@
 #include <utility>
 
 #include "core/platform/error_codes.h"
+#include "core/platform/posix.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -59,38 +60,6 @@ std::uint32_t ErrorCode(int error) {
       return kGeneralFailure;
   }
 }
-
-template <typename Call>
-auto Retry(Call call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR) result = call();
-  return result;
-}
-
-// An open file or socket.
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int opened) : number(opened) {}
-  Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(number, other.number);
-    return *this;
-  }
-  ~Descriptor() { Reset(); }
-
-  void Reset() {
-    if (Valid()) {
-      close(number);
-      number = -1;
-    }
-  }
-  bool Valid() const { return number != -1; }
-  int Get() const { return number; }
-
- private:
-  int number = -1;
-};
 
 // Where a name is served.
 struct Place {
@@ -138,7 +107,7 @@ struct flock WholeFile() {
 // Whether a server holds the name. Asks without taking the lock, so that a client never stands in a
 // server's way.
 bool IsServed(const Place& place) {
-  const Descriptor file(Retry(
+  const Descriptor file(RetryOnInterrupt(
       [&] { return open(place.lock.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
   struct flock lock = WholeFile();
   return file.Valid() && fcntl(file.Get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
@@ -159,12 +128,12 @@ std::uint32_t Claim(const Place& place, Descriptor& claim) {
   if (mkdir(place.folder.c_str(), 0700) == -1 && errno != EEXIST) return ErrorCode(errno);
   if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) return code;
   for (int attempt = 0; attempt < kClaimAttempts; ++attempt) {
-    Descriptor file(Retry([&] {
+    Descriptor file(RetryOnInterrupt([&] {
       return open(place.lock.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
     }));
     if (!file.Valid()) return ErrorCode(errno);
     struct flock lock = WholeFile();
-    if (Retry([&] { return fcntl(file.Get(), F_OFD_SETLK, &lock); }) == -1)
+    if (RetryOnInterrupt([&] { return fcntl(file.Get(), F_OFD_SETLK, &lock); }) == -1)
       return errno == EAGAIN ? kAccessDenied : ErrorCode(errno);
     // A server that leaves removes its file, perhaps between our opening and locking of it.
     if (IsAt(file, place.lock)) {
@@ -186,7 +155,7 @@ void EnlargeSendBuffer(const Descriptor& socket) {
 
 bool WaitReadable(const Descriptor& socket, std::uint32_t wait_ms) {
   pollfd wait{socket.Get(), POLLIN, 0};
-  return Retry([&] { return poll(&wait, 1, static_cast<int>(wait_ms)); }) > 0;
+  return RetryOnInterrupt([&] { return poll(&wait, 1, static_cast<int>(wait_ms)); }) > 0;
 }
 
 }  // namespace
@@ -204,7 +173,7 @@ struct PipeEnd::Native {
 };
 
 bool PipeEnd::Native::SendSome() {
-  const ssize_t count = Retry(
+  const ssize_t count = RetryOnInterrupt(
       [&] { return send(socket.Get(), rest.data(), rest.size(), MSG_NOSIGNAL | MSG_DONTWAIT); });
   if (count == -1) return errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM;
   taken = static_cast<std::size_t>(count);
@@ -224,8 +193,8 @@ bool PipeEnd::Peek(std::size_t& available) {
   if (count == 0) {
     // Nothing there, or the end of the stream: only a read tells.
     char byte = 0;
-    const ssize_t peeked =
-        Retry([&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
+    const ssize_t peeked = RetryOnInterrupt(
+        [&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
     if (peeked == 0 || (peeked == -1 && errno != EAGAIN)) return false;
     count = std::max(0, static_cast<int>(peeked));
   }
@@ -244,7 +213,7 @@ bool PipeEnd::StartRead(std::size_t limit) {
 
 Progress PipeEnd::FinishRead(std::string_view& bytes, std::uint32_t wait_ms) {
   const auto read = [&] {
-    return Retry([&] {
+    return RetryOnInterrupt([&] {
       return recv(native->socket.Get(), native->buffer.get(), native->read_limit, MSG_DONTWAIT);
     });
   };
@@ -273,7 +242,7 @@ Progress PipeEnd::FinishAccept() {
   if (!WaitReadable(native->socket, 0)) return Progress::Pending;
   // First nobody else may come in, since accepting makes room for one more.
   shutdown(native->socket.Get(), SHUT_RDWR);
-  Descriptor client(Retry([&] {
+  Descriptor client(RetryOnInterrupt([&] {
     return accept4(native->socket.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
   }));
   native->socket.Reset();
@@ -299,7 +268,8 @@ std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
   Descriptor socket = NewSocket();
   if (!socket.Valid()) return ErrorCode(errno);
   const auto* address = reinterpret_cast<const sockaddr*>(&place.address);
-  if (Retry([&] { return connect(socket.Get(), address, sizeof place.address); }) == -1) {
+  if (RetryOnInterrupt([&] { return connect(socket.Get(), address, sizeof place.address); }) ==
+      -1) {
     switch (errno) {
       case EAGAIN:
         return kPipeBusy;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/platform/error_codes.h"
+#include "core/platform/windows.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -26,18 +27,18 @@ struct Operation {
   }
 
   // Without its event nothing could be waited for, so nothing may be started.
-  bool Reset() { return overlapped.hEvent != nullptr && ResetEvent(overlapped.hEvent) != FALSE; }
+  bool Reset() { return overlapped.hEvent != nullptr && ResetEvent(overlapped.hEvent); }
 
   // Notes what the call that starts the operation has answered. One that is done at once is
   // collected in the same way as any other.
   bool Started(BOOL answer) {
-    pending = answer != FALSE || GetLastError() == ERROR_IO_PENDING;
+    pending = answer || GetLastError() == ERROR_IO_PENDING;
     return pending;
   }
 
   Progress Collect(HANDLE file, DWORD& count) {
     if (!pending) return Progress::Failed;
-    if (GetOverlappedResult(file, &overlapped, &count, FALSE) != FALSE) {
+    if (GetOverlappedResult(file, &overlapped, &count, FALSE)) {
       pending = false;
       return Progress::Done;
     }
@@ -60,15 +61,7 @@ struct Operation {
 };
 
 std::wstring PipePath(const std::string& name) {
-  std::wstring path = L"\\\\.\\pipe\\";
-  const int size = static_cast<int>(name.size());
-  const int count = size == 0 ? 0 : MultiByteToWideChar(CP_UTF8, 0, name.data(), size, nullptr, 0);
-  if (count > 0) {
-    const std::size_t prefix = path.size();
-    path.resize(prefix + static_cast<std::size_t>(count));
-    MultiByteToWideChar(CP_UTF8, 0, name.data(), size, path.data() + prefix, count);
-  }
-  return path;
+  return L"\\\\.\\pipe\\" + WideText(name);
 }
 
 // A zero byte would cut the path short and so lead to another pipe.
@@ -78,17 +71,17 @@ bool IsUsable(const std::string& name) {
 
 // The security identifier of this process's user as text; empty when it can't be told.
 std::wstring UserIdentifier() {
-  HANDLE token = nullptr;
-  if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return {};
+  HANDLE opened = nullptr;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened)) return {};
+  const Handle token(opened);
   DWORD size = 0;
-  GetTokenInformation(token, TokenUser, nullptr, 0, &size);
+  GetTokenInformation(token.Get(), TokenUser, nullptr, 0, &size);
   std::vector<unsigned char> user(size);
-  const bool known = size >= sizeof(TOKEN_USER) &&
-                     GetTokenInformation(token, TokenUser, user.data(), size, &size) != FALSE;
-  CloseHandle(token);
+  if (size < sizeof(TOKEN_USER) ||
+      !GetTokenInformation(token.Get(), TokenUser, user.data(), size, &size))
+    return {};
   wchar_t* text = nullptr;
-  if (!known || ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid,
-                                       &text) == FALSE)
+  if (!ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, &text))
     return {};
   std::wstring identifier = text;
   LocalFree(text);
@@ -101,7 +94,7 @@ struct PipeEnd::Native {
   // Ends what is in flight, and waits until the buffers are free again.
   void Cancel();
 
-  HANDLE file = INVALID_HANDLE_VALUE;
+  Handle file;
   Operation read;
   Operation write;
   std::unique_ptr<Operation> accept;  // Only for an instance of a server.
@@ -110,10 +103,10 @@ struct PipeEnd::Native {
 };
 
 void PipeEnd::Native::Cancel() {
-  CancelIoEx(file, nullptr);
-  if (accept) accept->AwaitEnd(file);
-  read.AwaitEnd(file);
-  write.AwaitEnd(file);
+  CancelIoEx(file.Get(), nullptr);
+  if (accept) accept->AwaitEnd(file.Get());
+  read.AwaitEnd(file.Get());
+  write.AwaitEnd(file.Get());
 }
 
 PipeEnd::PipeEnd() : native(std::make_unique<Native>()) {}
@@ -122,12 +115,12 @@ PipeEnd::~PipeEnd() {
 }
 
 bool PipeEnd::Valid() const {
-  return native->file != INVALID_HANDLE_VALUE;
+  return native->file.Valid();
 }
 
 bool PipeEnd::Peek(std::size_t& available) {
   DWORD count = 0;
-  if (PeekNamedPipe(native->file, nullptr, 0, nullptr, &count, nullptr) == FALSE) return false;
+  if (!PeekNamedPipe(native->file.Get(), nullptr, 0, nullptr, &count, nullptr)) return false;
   available = count;
   return true;
 }
@@ -137,9 +130,9 @@ bool PipeEnd::StartRead(std::size_t limit) {
     native->buffer = std::make_unique_for_overwrite<char[]>(limit);
     native->buffer_size = limit;
   }
-  return native->read.Reset() && native->read.Started(ReadFile(native->file, native->buffer.get(),
-                                                               static_cast<DWORD>(limit), nullptr,
-                                                               &native->read.overlapped));
+  return native->read.Reset() && native->read.Started(ReadFile(
+                                     native->file.Get(), native->buffer.get(),
+                                     static_cast<DWORD>(limit), nullptr, &native->read.overlapped));
 }
 
 Progress PipeEnd::FinishRead(std::string_view& bytes, std::uint32_t wait_ms) {
@@ -147,41 +140,41 @@ Progress PipeEnd::FinishRead(std::string_view& bytes, std::uint32_t wait_ms) {
       WaitForSingleObject(native->read.overlapped.hEvent, wait_ms) != WAIT_OBJECT_0)
     return Progress::Pending;
   DWORD count = 0;
-  const Progress progress = native->read.Collect(native->file, count);
+  const Progress progress = native->read.Collect(native->file.Get(), count);
   if (progress == Progress::Done) bytes = std::string_view(native->buffer.get(), count);
   return progress;
 }
 
 bool PipeEnd::StartWrite(std::string_view bytes) {
-  return native->write.Reset() && native->write.Started(WriteFile(
-                                      native->file, bytes.data(), static_cast<DWORD>(bytes.size()),
-                                      nullptr, &native->write.overlapped));
+  return native->write.Reset() &&
+         native->write.Started(WriteFile(native->file.Get(), bytes.data(),
+                                         static_cast<DWORD>(bytes.size()), nullptr,
+                                         &native->write.overlapped));
 }
 
 Progress PipeEnd::FinishWrite(std::size_t& count) {
   DWORD written = 0;
-  const Progress progress = native->write.Collect(native->file, written);
+  const Progress progress = native->write.Collect(native->file.Get(), written);
   count = written;
   return progress;
 }
 
 Progress PipeEnd::FinishAccept() {
   DWORD unused = 0;
-  return native->accept ? native->accept->Collect(native->file, unused) : Progress::Failed;
+  return native->accept ? native->accept->Collect(native->file.Get(), unused) : Progress::Failed;
 }
 
 void PipeEnd::Disconnect() {
   if (Valid()) {
     native->Cancel();
-    DisconnectNamedPipe(native->file);
+    DisconnectNamedPipe(native->file.Get());
   }
 }
 
 void PipeEnd::Close() {
   if (Valid()) {
     native->Cancel();
-    CloseHandle(native->file);
-    native->file = INVALID_HANDLE_VALUE;
+    native->file.Reset();
   }
 }
 
@@ -189,8 +182,8 @@ std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
   end.Close();
   if (!IsUsable(name)) return kInvalidName;
   const std::wstring path = PipePath(name);  // Kept past the call, lest freeing it lose the error.
-  end.native->file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                 OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
+  end.native->file = Handle(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                        OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
   return end.Valid() ? kNoError : GetLastError();
 }
 
@@ -212,7 +205,7 @@ bool PipeService::Prepare() {
   const std::wstring user = UserIdentifier();
   const std::wstring text = L"D:P(A;;GA;;;SY)(A;;GA;;;" + user + L")";
   return !user.empty() && ConvertStringSecurityDescriptorToSecurityDescriptorW(
-                              text.c_str(), SDDL_REVISION_1, &native->descriptor, nullptr) != FALSE;
+                              text.c_str(), SDDL_REVISION_1, &native->descriptor, nullptr);
 }
 
 std::uint32_t PipeService::Create(const std::string& name, bool first, int max_instances,
@@ -222,11 +215,11 @@ std::uint32_t PipeService::Create(const std::string& name, bool first, int max_i
   SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), native->descriptor, FALSE};
   end.native->accept = std::make_unique<Operation>();
   const std::wstring path = PipePath(name);  // As in OpenPipe.
-  end.native->file = CreateNamedPipeW(
+  end.native->file = Handle(CreateNamedPipeW(
       path.c_str(),
       PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0),
       PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS,
-      static_cast<DWORD>(max_instances), kPipeBuffer, kPipeBuffer, 0, &attributes);
+      static_cast<DWORD>(max_instances), kPipeBuffer, kPipeBuffer, 0, &attributes));
   return end.Valid() ? kNoError : GetLastError();
 }
 
@@ -234,7 +227,7 @@ std::uint32_t PipeService::Listen(PipeEnd& end, bool& connected) {
   Operation& accept = *end.native->accept;
   connected = false;
   if (!accept.Reset()) return kNotEnoughMemory;
-  if (accept.Started(ConnectNamedPipe(end.native->file, &accept.overlapped))) return kNoError;
+  if (accept.Started(ConnectNamedPipe(end.native->file.Get(), &accept.overlapped))) return kNoError;
   const DWORD code = GetLastError();
   connected = code == ERROR_PIPE_CONNECTED;
   return connected ? kNoError : code;

@@ -6,13 +6,9 @@
 #include <optional>
 #include <string>
 
+// What core/process.h is made of beside the operations that each platform gives directly, which
+// process_posix.cpp and process_windows.cpp define too.
 namespace zorvik::core::platform {
-
-std::uint32_t ProcessId();
-
-// Whether a process of that id runs. One that exists but may not be inspected counts as running;
-// one that has ended and wasn't collected yet does not.
-bool ProcessRunning(std::uint64_t pid);
 
 // Fills `bytes` with random bytes of cryptographic quality. False when the system has none to give.
 bool FillRandom(unsigned char* bytes, std::size_t count);
@@ -24,8 +20,6 @@ std::uint64_t PerformanceCounter();
 std::uint64_t TickMilliseconds();
 
 std::tm LocalTime(std::time_t time);
-
-void Sleep(std::uint32_t milliseconds);
 
 // The value of an environment variable as UTF-8, or nothing when it isn't set.
 std::optional<std::string> EnvironmentText(const char* name);

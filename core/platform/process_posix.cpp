@@ -4,7 +4,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -12,14 +12,16 @@
 #include <thread>
 
 #include "core/platform/files.h"
+#include "core/platform/posix.h"
+#include "core/process.h"
 
-namespace zorvik::core::platform {
+namespace zorvik::core {
 
-std::uint32_t ProcessId() {
+std::uint32_t CurrentProcessId() {
   return static_cast<std::uint32_t>(getpid());
 }
 
-bool ProcessRunning(std::uint64_t pid) {
+bool ProcessAlive(std::uint64_t pid) {
   // kill() takes 0 and negative numbers for groups of processes.
   if (pid == 0 || pid > static_cast<std::uint64_t>(std::numeric_limits<pid_t>::max())) return false;
   if (kill(static_cast<pid_t>(pid), 0) != 0 && errno != EPERM) return false;
@@ -28,20 +30,27 @@ bool ProcessRunning(std::uint64_t pid) {
   // collected by its parent.
   const std::string id = std::to_string(pid);
   std::string status;
-  if (!ReadWholeFile("/proc/" + id + "/status", status)) return true;
+  if (!platform::ReadWholeFile("/proc/" + id + "/status", status)) return true;
   const bool ended = status.find("\nState:\tZ") != std::string::npos ||
                      status.find("\nState:\tX") != std::string::npos;
   return !ended && status.find("\nTgid:\t" + id + "\n") != std::string::npos;
 }
 
+void SleepMilliseconds(int ms) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(std::max(ms, 0)));
+}
+
+}  // namespace zorvik::core
+
+namespace zorvik::core::platform {
+
 bool FillRandom(unsigned char* bytes, std::size_t count) {
   std::size_t filled = 0;
   while (filled < count) {
-    const ssize_t got = getrandom(bytes + filled, count - filled, 0);
-    if (got >= 0)
-      filled += static_cast<std::size_t>(got);
-    else if (errno != EINTR)
-      return false;
+    const ssize_t got =
+        RetryOnInterrupt([&] { return getrandom(bytes + filled, count - filled, 0); });
+    if (got < 0) return false;
+    filled += static_cast<std::size_t>(got);
   }
   return true;
 }
@@ -60,10 +69,6 @@ std::tm LocalTime(std::time_t time) {
   std::tm local = {};
   localtime_r(&time, &local);
   return local;
-}
-
-void Sleep(std::uint32_t milliseconds) {
-  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
 std::optional<std::string> EnvironmentText(const char* name) {

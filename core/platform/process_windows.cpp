@@ -5,27 +5,35 @@
 
 #include <bcrypt.h>
 
-#include <filesystem>
+#include <algorithm>
 #include <limits>
-#include <string>
 
 #include "core/platform/files.h"
+#include "core/platform/windows.h"
+#include "core/process.h"
 
-namespace zorvik::core::platform {
+namespace zorvik::core {
 
-std::uint32_t ProcessId() {
+std::uint32_t CurrentProcessId() {
   return GetCurrentProcessId();
 }
 
-bool ProcessRunning(std::uint64_t pid) {
+bool ProcessAlive(std::uint64_t pid) {
   if (pid > std::numeric_limits<DWORD>::max()) return false;
-  HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(pid));
-  if (process == nullptr) return GetLastError() == ERROR_ACCESS_DENIED;
+  const platform::Handle process(
+      OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(pid)));
+  if (!process.Valid()) return GetLastError() == ERROR_ACCESS_DENIED;
   DWORD code = 0;
-  const bool running = GetExitCodeProcess(process, &code) && code == STILL_ACTIVE;
-  CloseHandle(process);
-  return running;
+  return GetExitCodeProcess(process.Get(), &code) && code == STILL_ACTIVE;
 }
+
+void SleepMilliseconds(int ms) {
+  Sleep(static_cast<DWORD>(std::max(ms, 0)));
+}
+
+}  // namespace zorvik::core
+
+namespace zorvik::core::platform {
 
 bool FillRandom(unsigned char* bytes, std::size_t count) {
   return BCryptGenRandom(nullptr, bytes, static_cast<ULONG>(count),
@@ -48,12 +56,8 @@ std::tm LocalTime(std::time_t time) {
   return local;
 }
 
-void Sleep(std::uint32_t milliseconds) {
-  ::Sleep(milliseconds);
-}
-
 std::optional<std::string> EnvironmentText(const char* name) {
-  const std::wstring wide_name = TextPath(name).native();
+  const std::wstring wide_name = WideText(name);
   std::wstring value;
   // The value may grow between the question for its size and the reading.
   DWORD size = GetEnvironmentVariableW(wide_name.c_str(), nullptr, 0);

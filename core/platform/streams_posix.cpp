@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <csignal>
 
+#include "core/platform/posix.h"
+
 namespace zorvik::core::platform {
 namespace {
 
@@ -34,19 +36,14 @@ bool QueuedBytes(int fd, std::size_t& count) {
 
 short PollEvents(int fd, short events, int timeout_ms) {
   pollfd entry = {fd, events, 0};
-  while (poll(&entry, 1, timeout_ms) < 0)
-    if (errno != EINTR) return POLLERR;
-  return entry.revents;
+  return RetryOnInterrupt([&] { return poll(&entry, 1, timeout_ms); }) < 0 ? POLLERR
+                                                                           : entry.revents;
 }
 
 bool SocketEnded(int fd) {
   char byte = 0;
-  while (true) {
-    const ssize_t got = recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT);
-    if (got >= 0) return got == 0;
-    if (errno == EINTR) continue;
-    return errno != EAGAIN && errno != EWOULDBLOCK;
-  }
+  const ssize_t got = RetryOnInterrupt([&] { return recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
+  return got == 0 || (got < 0 && errno != EAGAIN && errno != EWOULDBLOCK);
 }
 
 // Whether the call that failed just now is worth repeating: it was interrupted, or the descriptor

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstddef>
 
+#include "core/platform/windows.h"
+
 namespace zorvik::core::win32 {
 namespace {
 
@@ -25,13 +27,7 @@ void* LibrarySymbol(const char* name) {
 }  // namespace
 
 std::filesystem::path WidePath(const std::string& text) {
-  const int length = static_cast<int>(text.size());
-  const int size =
-      MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text.data(), length, nullptr, 0);
-  if (size <= 0) return {};
-  std::wstring wide(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text.data(), length, wide.data(), size);
-  return wide;
+  return platform::WideText(text, CP_ACP, MB_ERR_INVALID_CHARS);
 }
 
 std::string NarrowPath(const std::filesystem::path& path) {

@@ -12,7 +12,7 @@
 #include "core/local_pipe/server.h"
 #include "core/platform/error_codes.h"
 #include "core/platform/pipes.h"
-#include "core/platform/process.h"
+#include "core/process.h"
 #include "tests/support/wine.h"
 
 namespace zorvik::core {
@@ -28,7 +28,7 @@ class LocalPipeTest : public testing::Test {
  protected:
   LocalPipeTest() {
     static int count = 0;
-    name = "zorvik-teste-" + std::to_string(platform::ProcessId()) + "-" + std::to_string(++count);
+    name = "zorvik-teste-" + std::to_string(CurrentProcessId()) + "-" + std::to_string(++count);
     busy = "o editor em " + name + " nao aceitou a conexao (erro do Windows 231)";
     missing = "nenhum editor escuta em " + name;
   }

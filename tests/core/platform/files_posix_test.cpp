@@ -11,7 +11,7 @@
 
 #include "core/editor_registry.h"
 #include "core/file_write.h"
-#include "core/platform/process.h"
+#include "core/process.h"
 #include "tests/support/temporary_home.h"
 
 namespace zorvik::core::platform {
@@ -67,7 +67,7 @@ TEST(FilesPosixTest, ListingTheRegistryPassesOverWhateverStandsThere) {
   ASSERT_EQ(mkfifo((home.Editors() / "fila.json").c_str(), 0600), 0);
   std::filesystem::create_symlink("nada", home.Editors() / "solto.json");
   std::filesystem::create_symlink("eu.json", home.Editors() / "eu.json");
-  const std::string live = R"({"pipe":"p","pid":)" + std::to_string(ProcessId()) + "}";
+  const std::string live = R"({"pipe":"p","pid":)" + std::to_string(CurrentProcessId()) + "}";
   tests::WriteText(home.Editors() / "fechado.json", live);
   chmod((home.Editors() / "fechado.json").c_str(), 0);
   tests::WriteText(home.Editors() / "z.json", live);
@@ -81,14 +81,14 @@ TEST(FilesPosixTest, ListingTheRegistryPassesOverWhateverStandsThere) {
 }
 
 TEST(ProcessPosixTest, AZombieIsNotRunningAndSomebodyElsesProcessIs) {
-  EXPECT_TRUE(ProcessRunning(1));
+  EXPECT_TRUE(ProcessAlive(1));
   const pid_t child = fork();
   if (child == 0) _exit(0);
   siginfo_t info = {};
   ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT), 0);
-  EXPECT_FALSE(ProcessRunning(static_cast<std::uint64_t>(child)));
+  EXPECT_FALSE(ProcessAlive(static_cast<std::uint64_t>(child)));
   waitpid(child, nullptr, 0);
-  EXPECT_FALSE(ProcessRunning(static_cast<std::uint64_t>(child)));
+  EXPECT_FALSE(ProcessAlive(static_cast<std::uint64_t>(child)));
 }
 
 }  // namespace
