@@ -1,7 +1,9 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,6 +29,9 @@ struct Json {
     Object = 5,
   };
   using Field = std::pair<std::string, Json>;
+  // What a message is written of: Object({{"id", id}, {"result", std::move(result)}}).
+  struct Value;
+  struct Member;
 
   Kind kind = Kind::Null;
   bool boolean = false;
@@ -44,10 +49,15 @@ struct Json {
   static Json Int(long long value);
   static Json Text(std::string value);
   static Json Array();
+  static Json Array(std::initializer_list<Value> values);
   static Json Object();
+  // The keys have to differ from each other: they aren't compared.
+  static Json Object(std::initializer_list<Member> members);
 
   // The value of the first field of that key; `Nothing` when there is none or this is no object.
   const Json& At(std::string_view key) const;
+  // The value of the first field of that key; null when there is none or this is no object.
+  Json* Find(std::string_view key);
   // The element at `index`; `Nothing` past the end or when this is no array.
   const Json& operator[](std::size_t index) const;
 
@@ -66,6 +76,28 @@ struct Json {
   // Appends to the array. A value that is no array becomes an empty one first and loses what it
   // held. Returns the stored value.
   Json& Add(Json value);
+};
+
+// A value at its place in a message. An initializer list hands out constants only; what is mutable
+// can be moved out of it all the same.
+struct Json::Value {
+  Value(Json value) : json(std::move(value)) {}
+  Value(std::string value) : json(Text(std::move(value))) {}
+  Value(std::string_view value) : json(Text(std::string(value))) {}
+  Value(const char* value) : json(Text(value)) {}
+  Value(std::nullptr_t) = delete;
+  // Templates convert nothing, so no pointer becomes a truth value on its way in.
+  Value(std::floating_point auto value) : json(Number(static_cast<double>(value))) {}
+  Value(std::integral auto value)
+      : json(std::same_as<decltype(value), bool> ? Bool(value != 0)
+                                                 : Number(static_cast<double>(value))) {}
+
+  mutable Json json;
+};
+
+struct Json::Member {
+  std::string_view key;
+  Value value;
 };
 
 // The shared null that failed lookups return, so that they can be chained without checks.

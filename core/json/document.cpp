@@ -52,9 +52,24 @@ Json Json::Array() {
   return json;
 }
 
+Json Json::Array(std::initializer_list<Value> values) {
+  Json json = Array();
+  json.items.reserve(values.size());
+  for (const Value& value : values) json.items.push_back(std::move(value.json));
+  return json;
+}
+
 Json Json::Object() {
   Json json;
   json.kind = Kind::Object;
+  return json;
+}
+
+Json Json::Object(std::initializer_list<Member> members) {
+  Json json = Object();
+  json.fields.reserve(members.size());
+  for (const Member& member : members)
+    json.fields.emplace_back(member.key, std::move(member.value.json));
   return json;
 }
 
@@ -62,6 +77,12 @@ const Json& Json::At(std::string_view key) const {
   if (kind != Kind::Object) return Nothing;
   const std::size_t at = FindField(fields, key);
   return at < fields.size() ? fields[at].second : Nothing;
+}
+
+Json* Json::Find(std::string_view key) {
+  if (kind != Kind::Object) return nullptr;
+  const std::size_t at = FindField(fields, key);
+  return at < fields.size() ? &fields[at].second : nullptr;
 }
 
 const Json& Json::operator[](std::size_t index) const {

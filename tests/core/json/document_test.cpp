@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include "core/json.h"
 
@@ -25,6 +29,36 @@ TEST(JsonTest, LookupsThatFindNothingCanBeChained) {
   EXPECT_TRUE(object.Has("n"));
   EXPECT_FALSE(object.Has("nn"));
   EXPECT_FALSE(object.At("list").Has("a"));
+}
+
+// A pointer would pass for a truth value.
+static_assert(!std::is_constructible_v<Json::Value, int*>);
+static_assert(!std::is_constructible_v<Json::Value, std::nullptr_t>);
+
+TEST(JsonTest, IsWrittenAsOneExpression) {
+  const Json id = Json::Text("seven");
+  const std::string text = "text";
+  Json large = Json::Array({Json::Text("one that is too long to stand inside the string object")});
+  const std::string* const element = &large.items[0].text;
+  Json message = Json::Object({{"id", id},
+                               {"copied", text},
+                               {"part", std::string_view(text).substr(1, 2)},
+                               {"flags", Json::Array({true, false, Json()})},
+                               {"counts", Json::Array({-1, 4294967295U, 1LL << 53, 0.5F, 0.25})},
+                               {"empty", Json::Object({})},
+                               {"large", std::move(large)}});
+  EXPECT_EQ(WriteJson(message),
+            R"({"id":"seven","copied":"text","part":"ex","flags":[true,false,null],)"
+            R"("counts":[-1,4294967295,9007199254740992,0.5,0.25],"empty":{},)"
+            R"("large":["one that is too long to stand inside the string object"]})");
+  EXPECT_EQ(&message.At("large")[0].text, element);  // It was moved there.
+  EXPECT_EQ(id.text, "seven");
+
+  ASSERT_NE(message.Find("id"), nullptr);
+  *message.Find("id") = Json::Array();
+  EXPECT_EQ(message.Find("absent"), nullptr);
+  EXPECT_EQ(message.Find("id")->Find("id"), nullptr);
+  EXPECT_EQ(message.At("id").kind, Json::Kind::Array);
 }
 
 TEST(JsonTest, ReadsScalarsOfItsKindOnly) {
