@@ -46,9 +46,8 @@ const ToolSpec* FindOperation(std::string_view operation) {
 }
 
 core::Json ErrorBody(std::string code, std::string message, std::string hint, core::Json details) {
-  core::Json body;
-  body.Set("code", core::Json::Text(std::move(code)));
-  body.Set("message", core::Json::Text(std::move(message)));
+  core::Json body =
+      core::Json::Object({{"code", std::move(code)}, {"message", std::move(message)}});
   if (!hint.empty()) body.Set("hint", core::Json::Text(std::move(hint)));
   if (details.kind != core::Json::Kind::Null) body.Set("details", std::move(details));
   return body;

@@ -1,6 +1,5 @@
 #include "authoring/schema.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace zorvik::authoring {
@@ -10,9 +9,8 @@ using core::Json;
 
 // The value of a key that is there to be extended, not replaced; set to `initial` if it is missing.
 Json& Member(Json& document, std::string_view key, Json initial) {
-  const auto found = std::find_if(document.fields.begin(), document.fields.end(),
-                                  [key](const Json::Field& field) { return field.first == key; });
-  return found != document.fields.end() ? found->second : document.Set(key, std::move(initial));
+  Json* found = document.Find(key);
+  return found != nullptr ? *found : document.Set(key, std::move(initial));
 }
 
 }  // namespace

@@ -35,12 +35,8 @@ std::string Reply(sample_editor::World& world, const std::string& operation,
   if (!core::ParseJson(arguments, args, fault) ||
       !RunOperation(world, {operation, std::move(args), {"agent", "bench"}}, result, error))
     throw std::runtime_error(operation + ": " + fault + core::WriteJson(error));
-  Json reply = Json::Object();
-  reply.Set("id", Json::Int(1));
-  reply.Set("ok", Json::Bool(true));
-  reply.Set("revision", Json::Int(world.revision));
-  reply.Set("result", std::move(result));
-  return core::WriteJson(reply);
+  return core::WriteJson(Json::Object(
+      {{"id", 1}, {"ok", true}, {"revision", world.revision}, {"result", std::move(result)}}));
 }
 
 std::string ObjectsQueryReply() {

@@ -87,18 +87,17 @@ std::vector<EditorRecord> ListEditorRecords() {
 }
 
 WriteResult WriteEditorRecord(const EditorRecord& record) {
-  Json json = Json::Object();
-  json.Set("editor_id", Json::Text(record.editor_id));
-  json.Set("pid", Json::Int(record.pid));
-  json.Set("pipe", Json::Text(record.pipe));
-  json.Set("token", Json::Text(record.token));
-  json.Set("bridge", Json::Text(record.bridge));
-  json.Set("engine_version", Json::Text(record.engine_version));
-  json.Set("project", Json::Text(record.project));
-  json.Set("project_name", Json::Text(record.project_name));
-  json.Set("world", Json::Text(record.world));
-  json.Set("world_id", Json::Text(record.world_id));
-  json.Set("started", Json::Text(record.started));
+  const Json json = Json::Object({{"editor_id", record.editor_id},
+                                  {"pid", record.pid},
+                                  {"pipe", record.pipe},
+                                  {"token", record.token},
+                                  {"bridge", record.bridge},
+                                  {"engine_version", record.engine_version},
+                                  {"project", record.project},
+                                  {"project_name", record.project_name},
+                                  {"world", record.world},
+                                  {"world_id", record.world_id},
+                                  {"started", record.started}});
   return WriteFileDurably(RecordPath(record.pid), WriteJson(json) + "\n", FileEncoding::Binary);
 }
 

@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "core/json.h"
-#include "mcp/json_fields.h"
 #include "mcp/json_rpc.h"
 #include "mcp/server.h"
 
@@ -57,8 +56,9 @@ Json Server::Handle(Json message) {
     return Failure(core::Nothing, kInvalidRequest, "Invalid Request: id deve ser texto ou inteiro",
                    Json());
   }
-  Json params = TakeField(message, "params");
-  if (params.kind != Json::Kind::Object) params = Json::Object();
+  Json params = Json::Object();
+  if (Json* given = message.Find("params"); given != nullptr && given->kind == Json::Kind::Object)
+    params = std::move(*given);
   return HandleRequest(id, method.text, std::move(params));
 }
 
@@ -77,23 +77,13 @@ Json Server::HandleRequest(const Json& id, const std::string& method, Json param
 }
 
 Json Server::Response(const Json& id, Json result) {
-  Json response = Json::Object();
-  response.Set("jsonrpc", Json::Text("2.0"));
-  response.Set("id", id);
-  response.Set("result", std::move(result));
-  return response;
+  return Json::Object({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
 }
 
 Json Server::Failure(const Json& id, int code, std::string message, Json data) {
-  Json error = Json::Object();
-  error.Set("code", Json::Int(code));
-  error.Set("message", Json::Text(std::move(message)));
+  Json error = Json::Object({{"code", code}, {"message", std::move(message)}});
   if (data.kind != Json::Kind::Null) error.Set("data", std::move(data));
-  Json response = Json::Object();
-  response.Set("jsonrpc", Json::Text("2.0"));
-  response.Set("id", id);
-  response.Set("error", std::move(error));
-  return response;
+  return Json::Object({{"jsonrpc", "2.0"}, {"id", id}, {"error", std::move(error)}});
 }
 
 void Server::Log(const std::string& text) {

@@ -19,29 +19,21 @@ constexpr const char* kInstructions =
     "para cima, +X leste, -Z norte; o y de um objeto raiz e a altura sobre o chao. Leituras sao "
     "paginadas (cursor/limit) e filtraveis por area: nao peca o mundo inteiro. Com mais de um "
     "editor aberto, passe editor_id (editor_list). Erros vem em structuredContent.error.code com "
-    "um "
-    "codigo estavel e uma dica.";
+    "um codigo estavel e uma dica.";
 
 Json ServerInfo() {
-  Json info = Json::Object();
-  info.Set("name", Json::Text(authoring::kServerName));
-  info.Set("title", Json::Text("ZORVIK - autoria de mundos"));
-  info.Set("version", Json::Text(authoring::kServerVersion));
-  return info;
+  return Json::Object({{"name", authoring::kServerName},
+                       {"title", "ZORVIK - autoria de mundos"},
+                       {"version", authoring::kServerVersion}});
 }
 
 Json Capabilities() {
-  Json tools = Json::Object();
-  tools.Set("listChanged", Json::Bool(false));
-  Json capabilities = Json::Object();
-  capabilities.Set("tools", std::move(tools));
-  capabilities.Set("logging", Json::Object());
-  return capabilities;
+  return Json::Object(
+      {{"tools", Json::Object({{"listChanged", false}})}, {"logging", Json::Object()}});
 }
 
 Json SupportedList() {
-  Json versions = Json::Array();
-  versions.Add(Json::Text(authoring::kNewestProtocol));
+  Json versions = Json::Array({authoring::kNewestProtocol});
   for (const std::string& version : authoring::LegacyProtocols()) versions.Add(Json::Text(version));
   return versions;
 }
@@ -62,12 +54,10 @@ Json Server::Initialize(const Json& id, const Json& params) {
   Log("initialize (legado): cliente pediu " + requested + ", servindo " + chosen + " para " +
       client_label);
 
-  Json result = Json::Object();
-  result.Set("protocolVersion", Json::Text(std::move(chosen)));
-  result.Set("capabilities", Capabilities());
-  result.Set("serverInfo", ServerInfo());
-  result.Set("instructions", Json::Text(kInstructions));
-  return Response(id, std::move(result));
+  return Response(id, Json::Object({{"protocolVersion", std::move(chosen)},
+                                    {"capabilities", Capabilities()},
+                                    {"serverInfo", ServerInfo()},
+                                    {"instructions", kInstructions}}));
 }
 
 bool Server::EraOf(const Json& id, const Json& params, Era& era, Json& failure) {
@@ -75,10 +65,8 @@ bool Server::EraOf(const Json& id, const Json& params, Era& era, Json& failure) 
   const Json& asked = meta.At("io.modelcontextprotocol/protocolVersion");
   if (asked.kind == Json::Kind::Text) {
     if (asked.text != authoring::kNewestProtocol) {
-      Json data = Json::Object();
-      data.Set("supported", SupportedList());
-      data.Set("requested", asked);
-      failure = Failure(id, kUnsupportedVersion, "Unsupported protocol version", std::move(data));
+      failure = Failure(id, kUnsupportedVersion, "Unsupported protocol version",
+                        Json::Object({{"supported", SupportedList()}, {"requested", asked}}));
       return false;
     }
     if (meta.At("io.modelcontextprotocol/clientCapabilities").kind != Json::Kind::Object) {
@@ -112,21 +100,15 @@ bool Server::EraOf(const Json& id, const Json& params, Era& era, Json& failure) 
 Json Server::Discover() {
   // The versions that are settled by `initialize` can't be chosen for a single request, so they are
   // not named here.
-  Json versions = Json::Array();
-  versions.Add(Json::Text(authoring::kNewestProtocol));
-  Json result = Json::Object();
-  result.Set("supportedVersions", std::move(versions));
-  result.Set("capabilities", Capabilities());
-  result.Set("instructions", Json::Text(kInstructions));
-  return result;
+  return Json::Object({{"supportedVersions", Json::Array({authoring::kNewestProtocol})},
+                       {"capabilities", Capabilities()},
+                       {"instructions", kInstructions}});
 }
 
 Json Server::Result(const Era& era, Json result) {
   if (!era.stateless) return result;
-  Json meta = Json::Object();
-  meta.Set("io.modelcontextprotocol/serverInfo", ServerInfo());
   result.Set("resultType", Json::Text("complete"));
-  result.Set("_meta", std::move(meta));
+  result.Set("_meta", Json::Object({{"io.modelcontextprotocol/serverInfo", ServerInfo()}}));
   return result;
 }
 

@@ -5,7 +5,6 @@
 
 #include "authoring/catalog.h"
 #include "core/json.h"
-#include "mcp/json_fields.h"
 #include "mcp/server.h"
 
 namespace zorvik::mcp {
@@ -18,22 +17,21 @@ namespace {
 // The tool document for an editor's reply. The members of `result` follow `ok` and `revision`, and
 // may replace them.
 Json DocumentOf(Json& reply) {
-  Json document = Json::Object();
   if (!reply.At("ok").BoolOr(false)) {
-    document.Set("ok", Json::Bool(false));
-    Json error = TakeField(reply, "error");
-    if (error.kind != Json::Kind::Object) {
-      error = authoring::ErrorBody("internal", "Resposta do editor sem erro nem resultado.", "",
-                                   Json());
-    }
-    document.Set("error", std::move(error));
-    return document;
+    Json* error = reply.Find("error");
+    if (error == nullptr || error->kind != Json::Kind::Object)
+      return Json::Object(
+          {{"ok", false},
+           {"error", authoring::ErrorBody("internal", "Resposta do editor sem erro nem resultado.",
+                                          "", Json())}});
+    return Json::Object({{"ok", false}, {"error", std::move(*error)}});
   }
-  Json result = TakeField(reply, "result");
-  document.fields.reserve(result.fields.size() + 2);
-  document.Set("ok", Json::Bool(true));
+  Json document = Json::Object({{"ok", true}});
   if (reply.At("revision").kind == Json::Kind::Number)
     document.Set("revision", reply.At("revision"));
+  Json result;
+  if (Json* found = reply.Find("result")) result = std::move(*found);
+  document.fields.reserve(document.fields.size() + result.fields.size());
   for (auto& [key, value] : result.fields) {
     // The keys of `result` differ from each other, so only these two can be there already. Looking
     // every key up would take quadratic time.
@@ -113,10 +111,8 @@ void Server::Cancel(const Json& params) {
   for (auto call = pending.begin(); call != pending.end(); ++call) {
     const Pending& cancelled = call->second;
     if (core::WriteJson(cancelled.id) != target) continue;
-    Json message = Json::Object();
-    message.Set("id", Json::Number(static_cast<double>(next_id++)));
-    message.Set("op", Json::Text("cancel"));
-    message.Set("target", Json::Number(static_cast<double>(cancelled.bridge_id)));
+    Json message =
+        Json::Object({{"id", next_id++}, {"op", "cancel"}, {"target", cancelled.bridge_id}});
     for (const EditorRecord& record : gateway.List()) {
       if (record.editor_id != cancelled.editor) continue;
       message.Set("token", Json::Text(record.token));

@@ -15,12 +15,8 @@ namespace {
 constexpr std::int32_t kConnectTimeoutMs = 3000;
 
 Json Hello(const std::string& token) {
-  Json hello = Json::Object();
-  hello.Set("id", Json::Int(0));
-  hello.Set("op", Json::Text("hello"));
-  hello.Set("token", Json::Text(token));
-  hello.Set("bridge", Json::Text(authoring::kBridgeProtocol));
-  return hello;
+  return Json::Object(
+      {{"id", 0}, {"op", "hello"}, {"token", token}, {"bridge", authoring::kBridgeProtocol}});
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "authoring/catalog.h"
 #include "core/json.h"
@@ -24,12 +25,45 @@ Json TakeImage(Json& element) {
       else
         cleaned.fields.emplace_back(std::move(key), std::move(value));
   }
-  Json block = Json::Object();
-  block.Set("type", Json::Text("image"));
-  block.Set("data", std::move(data));
-  block.Set("mimeType", Json::Text(cleaned.At("mime").TextOr("image/png")));
+  std::string mime = cleaned.At("mime").TextOr("image/png");
   element = std::move(cleaned);
-  return block;
+  return Json::Object(
+      {{"type", "image"}, {"data", std::move(data)}, {"mimeType", std::move(mime)}});
+}
+
+// Takes the image data of all elements of `images` out of the document, as content blocks.
+std::vector<Json> TakeImages(Json& document) {
+  std::vector<Json> blocks;
+  Json* images = document.Find("images");
+  if (images != nullptr && images->kind == Json::Kind::Array)
+    for (Json& element : images->items) blocks.push_back(TakeImage(element));
+  return blocks;
+}
+
+Json ToolRow(const authoring::ToolSpec& tool) {
+  const bool reads = tool.kind == authoring::ToolKind::Read;
+  return Json::Object({{"name", tool.name},
+                       {"title", tool.title},
+                       {"description", tool.description},
+                       {"inputSchema", tool.input},
+                       {"outputSchema", tool.output},
+                       {"annotations", Json::Object({{"readOnlyHint", reads},
+                                                     {"destructiveHint", false},
+                                                     {"idempotentHint", reads},
+                                                     {"openWorldHint", false}})}});
+}
+
+// The row of the oldest version, which knows a title only among the annotations.
+Json OldestToolRow(const authoring::ToolSpec& tool) {
+  const bool reads = tool.kind == authoring::ToolKind::Read;
+  return Json::Object({{"name", tool.name},
+                       {"description", tool.description},
+                       {"inputSchema", tool.input},
+                       {"annotations", Json::Object({{"title", tool.title},
+                                                     {"readOnlyHint", reads},
+                                                     {"destructiveHint", false},
+                                                     {"idempotentHint", reads},
+                                                     {"openWorldHint", false}})}});
 }
 
 }  // namespace
@@ -37,53 +71,28 @@ Json TakeImage(Json& element) {
 Json Server::ToolList(const Era& era) {
   Json rows = Json::Array();
   rows.items.reserve(authoring::Tools().size());
-  for (const authoring::ToolSpec& tool : authoring::Tools()) {
-    const bool reads = tool.kind == authoring::ToolKind::Read;
-    Json annotations = Json::Object();
-    if (era.Oldest()) annotations.Set("title", Json::Text(tool.title));
-    annotations.Set("readOnlyHint", Json::Bool(reads));
-    annotations.Set("destructiveHint", Json::Bool(false));
-    annotations.Set("idempotentHint", Json::Bool(reads));
-    annotations.Set("openWorldHint", Json::Bool(false));
-
-    Json& row = rows.Add(Json::Object());
-    row.Set("name", Json::Text(tool.name));
-    if (!era.Oldest()) row.Set("title", Json::Text(tool.title));
-    row.Set("description", Json::Text(tool.description));
-    row.Set("inputSchema", tool.input);
-    if (!era.Oldest()) row.Set("outputSchema", tool.output);
-    row.Set("annotations", std::move(annotations));
-  }
-  Json list = Json::Object();
-  list.Set("tools", std::move(rows));
-  return list;
+  for (const authoring::ToolSpec& tool : authoring::Tools())
+    rows.Add(era.Oldest() ? OldestToolRow(tool) : ToolRow(tool));
+  return Json::Object({{"tools", std::move(rows)}});
 }
 
 Json Server::ToolError(std::string code, std::string message, std::string hint, Json details) {
-  Json document = Json::Object();
-  document.Set("ok", Json::Bool(false));
-  document.Set("error", authoring::ErrorBody(std::move(code), std::move(message), std::move(hint),
-                                             std::move(details)));
-  return document;
+  return Json::Object({{"ok", false},
+                       {"error", authoring::ErrorBody(std::move(code), std::move(message),
+                                                      std::move(hint), std::move(details))}});
 }
 
 Json Server::ToolResult(const Era& era, Json document) {
   const bool failed = !document.At("ok").BoolOr(false);
-  Json content = Json::Array();
-  Json& text = content.Add(Json::Object());
-  text.Set("type", Json::Text("text"));
-  for (auto& [key, value] : document.fields) {
-    if (key != "images" || value.kind != Json::Kind::Array) continue;
-    for (Json& element : value.items) content.Add(TakeImage(element));
-  }
-  // Found again by its place: the blocks that were added may have moved it.
-  content.items.front().Set("text", Json::Text(core::WriteJson(document)));
-
-  Json result = Json::Object();
-  result.Set("content", std::move(content));
-  if (!era.Oldest()) result.Set("structuredContent", std::move(document));
-  result.Set("isError", Json::Bool(failed));
-  return result;
+  std::vector<Json> images = TakeImages(document);
+  // The text shows the document without the images, which stand behind it.
+  Json content =
+      Json::Array({Json::Object({{"type", "text"}, {"text", core::WriteJson(document)}})});
+  for (Json& image : images) content.Add(std::move(image));
+  if (era.Oldest()) return Json::Object({{"content", std::move(content)}, {"isError", failed}});
+  return Json::Object({{"content", std::move(content)},
+                       {"structuredContent", std::move(document)},
+                       {"isError", failed}});
 }
 
 Json Server::ToolAnswer(const Json& id, const Era& era, Json document) {

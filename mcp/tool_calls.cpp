@@ -6,7 +6,6 @@
 #include "authoring/catalog.h"
 #include "authoring/validate.h"
 #include "core/json.h"
-#include "mcp/json_fields.h"
 #include "mcp/json_rpc.h"
 #include "mcp/server.h"
 
@@ -41,19 +40,17 @@ Json Server::CallTool(const Json& id, const Era& era, Json params) {
   const authoring::ToolSpec* tool = authoring::FindTool(name);
   if (tool == nullptr) return Failure(id, kInvalidParams, "Unknown tool: " + name, Json());
 
-  Json arguments = TakeField(params, "arguments");
-  if (arguments.kind == Json::Kind::Null) arguments = Json::Object();
+  Json arguments = Json::Object();
+  if (Json* given = params.Find("arguments"); given != nullptr && given->kind != Json::Kind::Null)
+    arguments = std::move(*given);
   std::string field;
   std::string reason;
   if (!ValidArguments(*tool, arguments, field, reason)) {
     const std::string place = field.empty() ? "" : " em " + field;
-    Json details = Json::Object();
-    details.Set("field", Json::Text(field));
-    details.Set("reason", Json::Text(reason));
-    return ToolAnswer(
-        id, era,
-        ToolError("invalid_argument", "Argumento invalido" + place + ": " + reason,
-                  "Confira o inputSchema de " + tool->name + ".", std::move(details)));
+    return ToolAnswer(id, era,
+                      ToolError("invalid_argument", "Argumento invalido" + place + ": " + reason,
+                                "Confira o inputSchema de " + tool->name + ".",
+                                Json::Object({{"field", field}, {"reason", reason}})));
   }
   if (tool->local) return ToolAnswer(id, era, EditorList());
 
@@ -63,13 +60,13 @@ Json Server::CallTool(const Json& id, const Era& era, Json params) {
   if (editor == nullptr) return ToolAnswer(id, era, std::move(refusal));
 
   const std::uint64_t bridge_id = next_id++;
-  Json request = Json::Object();
-  request.Set("id", Json::Number(static_cast<double>(bridge_id)));
-  request.Set("token", Json::Text(editor->token));
-  request.Set("op", Json::Text(tool->operation));
-  request.Set("args", TakeForwarded(arguments));
-  request.Set("client", Json::Text(client_label.empty() ? "cliente MCP" : client_label));
-  request.Set("deadline_ms", Json::Int(deadline_ms));
+  const Json request =
+      Json::Object({{"id", bridge_id},
+                    {"token", editor->token},
+                    {"op", tool->operation},
+                    {"args", TakeForwarded(arguments)},
+                    {"client", client_label.empty() ? "cliente MCP" : client_label},
+                    {"deadline_ms", deadline_ms}});
   std::string error;
   if (!gateway.Send(*editor, request, error)) {
     return ToolAnswer(id, era,
@@ -105,8 +102,7 @@ const EditorRecord* Server::Target(const Json& arguments, std::vector<EditorReco
   }
   Json ids = Json::Array();
   for (const EditorRecord& record : records) ids.Add(Json::Text(record.editor_id));
-  Json details = Json::Object();
-  details.Set("editors", std::move(ids));
+  Json details = Json::Object({{"editors", std::move(ids)}});
   if (wanted.empty()) {
     error =
         ToolError("ambiguous_editor", "Ha " + std::to_string(records.size()) + " editores abertos.",
@@ -121,21 +117,17 @@ const EditorRecord* Server::Target(const Json& arguments, std::vector<EditorReco
 Json Server::EditorList() {
   Json editors = Json::Array();
   for (EditorRecord& record : gateway.List()) {
-    Json& editor = editors.Add(Json::Object());
-    editor.Set("editor_id", Json::Text(std::move(record.editor_id)));
-    editor.Set("pid", Json::Int(record.pid));
-    editor.Set("project", Json::Text(std::move(record.project)));
-    editor.Set("project_name", Json::Text(std::move(record.project_name)));
-    editor.Set("world", Json::Text(std::move(record.world)));
-    editor.Set("world_id", Json::Text(std::move(record.world_id)));
-    editor.Set("bridge", Json::Text(std::move(record.bridge)));
-    editor.Set("engine_version", Json::Text(std::move(record.engine_version)));
-    editor.Set("started", Json::Text(std::move(record.started)));
+    editors.Add(Json::Object({{"editor_id", std::move(record.editor_id)},
+                              {"pid", record.pid},
+                              {"project", std::move(record.project)},
+                              {"project_name", std::move(record.project_name)},
+                              {"world", std::move(record.world)},
+                              {"world_id", std::move(record.world_id)},
+                              {"bridge", std::move(record.bridge)},
+                              {"engine_version", std::move(record.engine_version)},
+                              {"started", std::move(record.started)}}));
   }
-  Json document = Json::Object();
-  document.Set("ok", Json::Bool(true));
-  document.Set("editors", std::move(editors));
-  return document;
+  return Json::Object({{"ok", true}, {"editors", std::move(editors)}});
 }
 
 }  // namespace zorvik::mcp

@@ -63,8 +63,8 @@ bool BatchApply(World& world, const Call& call, Json& result, Json& error) {
   }
   draft.label = label.empty() ? "Lote de " + std::to_string(ops.size()) + " alteracoes" : label;
   const Transaction& transaction = Commit(world, std::move(draft), TransactionKind::Edit);
-  result.Set("results", std::move(results));
-  result.Set("transaction", TransactionJson(transaction));
+  result = Json::Object(
+      {{"results", std::move(results)}, {"transaction", TransactionJson(transaction)}});
   return true;
 }
 

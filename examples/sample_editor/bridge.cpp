@@ -16,18 +16,11 @@ namespace {
 constexpr std::size_t kRememberedLimit = 1000;
 
 Json Success(const Json& id) {
-  Json reply = Json::Object();
-  reply.Set("id", id);
-  reply.Set("ok", Json::Bool(true));
-  return reply;
+  return Json::Object({{"id", id}, {"ok", true}});
 }
 
 Json Failure(const Json& id, Json error) {
-  Json reply = Json::Object();
-  reply.Set("id", id);
-  reply.Set("ok", Json::Bool(false));
-  reply.Set("error", std::move(error));
-  return reply;
+  return Json::Object({{"id", id}, {"ok", false}, {"error", std::move(error)}});
 }
 
 Json Unauthorized() {
@@ -109,9 +102,8 @@ Json Bridge::Answer(const Json& request) {
   Json result = Json::Object();
   Json error;
   if (!RunOperation(world, call, result, error)) return Failure(id, std::move(error));
-  Json reply = Success(id);
-  reply.Set("revision", Json::Int(world.revision));
-  reply.Set("result", std::move(result));
+  Json reply = Json::Object(
+      {{"id", id}, {"ok", true}, {"revision", world.revision}, {"result", std::move(result)}});
   // A failed request has applied nothing, and may be repeated with better arguments.
   if (!request_id.empty()) Remember(key, reply);
   return reply;

@@ -113,12 +113,10 @@ Json Statistics(const Picture& picture) {
     }
   }
   const double luminance = 0.2126 * mean[0] + 0.7152 * mean[1] + 0.0722 * mean[2];
-  Json statistics = Json::Object();
-  statistics.Set("luminance", Json::Number(luminance));
-  statistics.Set("cb", Json::Number((mean[2] - luminance) / 1.8556));
-  statistics.Set("cr", Json::Number((mean[0] - luminance) / 1.5748));
-  statistics.Set("gpu_ms", Json::Object());  // Drawn without a graphics card.
-  return statistics;
+  return Json::Object({{"luminance", luminance},
+                       {"cb", (mean[2] - luminance) / 1.8556},
+                       {"cr", (mean[0] - luminance) / 1.5748},
+                       {"gpu_ms", Json::Object()}});  // Drawn without a graphics card.
 }
 
 bool SaveCapture(const std::string& png, std::string& path, Json& error) {
@@ -153,26 +151,24 @@ bool InspectCapture(World& world, const Call& call, Json& result, Json& error) {
   std::string file;
   if (!SaveCapture(png, file, error)) return false;
 
-  result.Set("file", Json::Text(file));
-  result.Set("width", Json::Int(width));
-  result.Set("height", Json::Int(height));
-  result.Set("rendered_revision", Json::Int(world.revision));
-  // The drawing is made from the world itself, at once, so that nothing can be pending.
-  result.Set("complete", Json::Bool(true));
-  result.Set("pending", Json::Array());
-  Json& used = result.Set("camera", Json::Object());
-  used.Set("position", VectorJson(camera.position));
-  used.Set("target", VectorJson(camera.target));
-  used.Set("fov", Json::Number(camera.fov));
-  result.Set("profile", Json::Text("exemplo"));
-  result.Set("shading", Json::Text(shading));
-  result.Set("stats", Statistics(picture));
+  result = Json::Object({{"file", file},
+                         {"width", width},
+                         {"height", height},
+                         {"rendered_revision", world.revision},
+                         // Drawn from the world itself, at once, so that nothing can be pending.
+                         {"complete", true},
+                         {"pending", Json::Array()},
+                         {"camera", Json::Object({{"position", VectorJson(camera.position)},
+                                                  {"target", VectorJson(camera.target)},
+                                                  {"fov", camera.fov}})},
+                         {"profile", "exemplo"},
+                         {"shading", shading},
+                         {"stats", Statistics(picture)}});
   if (call.args.At("include_image").BoolOr(true)) {
-    Json& image = result.Set("images", Json::Array()).Add(Json::Object());
-    image.Set("mime", Json::Text("image/png"));
-    image.Set("data_base64", Json::Text(Base64(png)));
-    image.Set("width", Json::Int(width));
-    image.Set("height", Json::Int(height));
+    result.Set("images", Json::Array({Json::Object({{"mime", "image/png"},
+                                                    {"data_base64", Base64(png)},
+                                                    {"width", width},
+                                                    {"height", height}})}));
   }
   return true;
 }

@@ -10,38 +10,30 @@ using authoring::ErrorBody;
 using core::Json;
 
 Json InvalidArgument(const std::string& field, const std::string& reason) {
-  Json details = Json::Object();
-  details.Set("field", Json::Text(field));
-  details.Set("reason", Json::Text(reason));
   return ErrorBody("invalid_argument", "Argumento invalido em " + field + ": " + reason, "",
-                   std::move(details));
+                   Json::Object({{"field", field}, {"reason", reason}}));
 }
 
 Json InvalidItem(const std::string& list, std::size_t index, const std::string& field,
                  const std::string& reason) {
   const std::string item = list + "[" + std::to_string(index) + "]";
   Json error = InvalidArgument(field.empty() ? item : item + "." + field, reason);
-  Json details = error.At("details");
-  details.Set("index", Json::Int(static_cast<long long>(index)));
-  error.Set("details", std::move(details));
+  error.Find("details")->Set("index", Json::Int(static_cast<long long>(index)));
   return error;
 }
 
 Json ItemError(const std::string& code, const std::string& list, std::size_t index, std::int64_t id,
                const std::string& message, const std::string& hint) {
-  Json details = Json::Object();
-  details.Set("field", Json::Text(list + "[" + std::to_string(index) + "]"));
-  details.Set("index", Json::Int(static_cast<long long>(index)));
-  details.Set("id", Json::Int(id));
-  return ErrorBody(code, message, hint, std::move(details));
+  return ErrorBody(
+      code, message, hint,
+      Json::Object(
+          {{"field", list + "[" + std::to_string(index) + "]"}, {"index", index}, {"id", id}}));
 }
 
 Json Conflict(const std::string& message, Json changed) {
-  Json details = Json::Object();
-  details.Set("changed", std::move(changed));
   return ErrorBody("conflict", message,
                    "Leia de novo os elementos listados e repita com a base_revision nova.",
-                   std::move(details));
+                   Json::Object({{"changed", std::move(changed)}}));
 }
 
 }  // namespace zorvik::sample_editor

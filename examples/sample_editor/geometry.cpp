@@ -59,11 +59,7 @@ Frame Inside(const Frame& outer, const Vec3& position, const Vec3& angles, const
 }
 
 Json VectorJson(const Vec3& vector) {
-  Json json = Json::Object();
-  json.Set("x", Json::Number(vector.x));
-  json.Set("y", Json::Number(vector.y));
-  json.Set("z", Json::Number(vector.z));
-  return json;
+  return Json::Object({{"x", vector.x}, {"y", vector.y}, {"z", vector.z}});
 }
 
 Vec3 ReadVector(const Json& value, const Vec3& fallback) {

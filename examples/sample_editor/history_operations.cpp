@@ -64,8 +64,8 @@ bool Step(World& world, const Call& call, TransactionKind kind, Json& result, Js
   from.pop_back();
   world.transactions[static_cast<std::size_t>(step.id - 1)].undone = undo;
   const Transaction& made = Commit(world, std::move(draft), kind);
-  result.Set(undo ? "undone" : "redone", TransactionJson(ById(world, step.id)));
-  result.Set("transaction", TransactionJson(made));
+  result = Json::Object({{undo ? "undone" : "redone", TransactionJson(ById(world, step.id))},
+                         {"transaction", TransactionJson(made)}});
   return true;
 }
 
@@ -103,16 +103,14 @@ bool HistoryList(World& world, const Call& call, Json& result, Json& error) {
   }
   std::string next;
   if (more) next = std::to_string(page.items.back().At("id").IntOr(0));
-  result.Set("transactions", std::move(page));
-  result.Set("undo", Head(world, world.undo_stack));
-  result.Set("redo", Head(world, world.redo_stack));
-  Json& checkpoints = result.Set("checkpoints", Json::Array());
-  for (const auto& [name, revision] : world.checkpoints) {
-    Json& checkpoint = checkpoints.Add(Json::Object());
-    checkpoint.Set("name", Json::Text(name));
-    checkpoint.Set("revision", Json::Int(revision));
-  }
-  result.Set("oldest_revision", Json::Int(1));
+  Json checkpoints = Json::Array();
+  for (const auto& [name, revision] : world.checkpoints)
+    checkpoints.Add(Json::Object({{"name", name}, {"revision", revision}}));
+  result = Json::Object({{"transactions", std::move(page)},
+                         {"undo", Head(world, world.undo_stack)},
+                         {"redo", Head(world, world.redo_stack)},
+                         {"checkpoints", std::move(checkpoints)},
+                         {"oldest_revision", 1}});
   if (more) result.Set("next_cursor", Json::Text(next));
   return true;
 }
@@ -157,9 +155,7 @@ bool HistoryCheckpoint(World& world, const Call& call, Json& result, Json& error
     return false;
   }
   world.checkpoints.emplace_back(name, world.revision);
-  Json& checkpoint = result.Set("checkpoint", Json::Object());
-  checkpoint.Set("name", Json::Text(name));
-  checkpoint.Set("revision", Json::Int(world.revision));
+  result.Set("checkpoint", Json::Object({{"name", name}, {"revision", world.revision}}));
   return true;
 }
 
@@ -192,8 +188,7 @@ bool HistoryRestore(World& world, const Call& call, Json& result, Json& error) {
 
 // This editor does all work at once, so that no job ever comes about.
 bool JobsList(World& /*world*/, const Call& /*call*/, Json& result, Json& /*error*/) {
-  result.Set("jobs", Json::Array());
-  result.Set("active", Json::Int(0));
+  result = Json::Object({{"jobs", Json::Array()}, {"active", 0}});
   return true;
 }
 

@@ -215,8 +215,7 @@ bool CreateObjects(Draft& draft, const Json& args, Json& result, Json& error) {
 
   Json& created = result.Set("created", Json::Array());
   for (std::size_t index = 0; index < items.size(); ++index) {
-    Json& entry = created.Add(Json::Object());
-    entry.Set("id", Json::Int(ids[index]));
+    Json& entry = created.Add(Json::Object({{"id", ids[index]}}));
     if (items[index].Has("ref")) entry.Set("ref", items[index].At("ref"));
   }
   Json& objects = result.Set("objects", Json::Array());
@@ -314,9 +313,7 @@ bool DuplicateObjects(Draft& draft, const Json& args, Json& result, Json& error)
       return false;
     }
     Put(draft, std::move(copy));
-    Json& entry = list.Add(Json::Object());
-    entry.Set("from", Json::Int(from));
-    entry.Set("id", Json::Int(id));
+    list.Add(Json::Object({{"from", from}, {"id", id}}));
   }
   SetLabel(draft, "Duplicar", copies.size());
   return CheckRoom(draft, "ids", ids.size() - 1, error);

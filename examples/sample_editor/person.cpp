@@ -21,7 +21,7 @@ std::string DoAsPerson(World& world, const std::string& line) {
   const bool moves = verb == "mover";
   if (words.fail() || words >> rest || (!moves && verb != "criar"))
     return "erro use: mover ID X Z | criar ASSET X Z | sair";
-  Json item = Json::Object();
+  Json item = Json::Object({{"x", x}, {"z", z}});
   if (moves) {
     std::int64_t id = 0;
     std::istringstream(what) >> id;
@@ -29,13 +29,12 @@ std::string DoAsPerson(World& world, const std::string& line) {
   } else {
     item.Set("asset", Json::Text(what));
   }
-  item.Set("x", Json::Number(x));
-  item.Set("z", Json::Number(z));
 
   // The person sees the world as it is, and so has always read the newest revision.
-  Call call{moves ? "objects.update" : "objects.create", Json::Object(), {"user", ""}};
-  call.args.Set(moves ? "updates" : "objects", Json::Array()).Add(std::move(item));
-  call.args.Set("base_revision", Json::Int(world.revision));
+  const Call call{moves ? "objects.update" : "objects.create",
+                  Json::Object({{moves ? "updates" : "objects", Json::Array({std::move(item)})},
+                                {"base_revision", world.revision}}),
+                  {"user", ""}};
   Json result = Json::Object();
   Json error;
   if (!RunOperation(world, call, result, error)) return "erro " + error.At("message").text;

@@ -66,17 +66,15 @@ bool PassesFilter(const Objects& objects, const Object& object, const Json& args
 }
 
 Json Limits() {
-  Json limits = Json::Object();
-  limits.Set("objects", Json::Int(static_cast<long long>(kMaxObjects)));
-  limits.Set("water_bodies", Json::Int(1));
-  limits.Set("layers", Json::Int(static_cast<long long>(kLayers.size())));
-  limits.Set("species", Json::Int(0));
-  limits.Set("scale_min", Json::Number(0.1));
-  limits.Set("scale_max", Json::Number(4));
-  limits.Set("hierarchy_depth", Json::Int(kMaxDepth));
-  limits.Set("samples", Json::Number(kMaxSamples));
-  limits.Set("page", Json::Int(200));
-  return limits;
+  return Json::Object({{"objects", kMaxObjects},
+                       {"water_bodies", 1},
+                       {"layers", kLayers.size()},
+                       {"species", 0},
+                       {"scale_min", 0.1},
+                       {"scale_max", 4},
+                       {"hierarchy_depth", kMaxDepth},
+                       {"samples", kMaxSamples},
+                       {"page", 200}});
 }
 
 // One value of a sampled field; null outside the terrain.
@@ -84,67 +82,56 @@ Json SampledValue(const std::string& field, double x, double z) {
   if (!InsideTerrain(x, z)) return {};
   if (field == "height") return Json::Number(GroundHeight(x, z));
   if (field == "slope") return Json::Number(GroundSlope(x, z));
-  Json value = Json::Array();
   if (field == "normal") {
     const Vec3 normal = GroundNormal(x, z);
-    for (const double part : {normal.x, normal.y, normal.z}) value.Add(Json::Number(part));
-    return value;
+    return Json::Array({normal.x, normal.y, normal.z});
   }
   if (field == "material") {
-    for (const double weight : LayerWeights(x, z)) value.Add(Json::Number(weight));
-    return value;
+    Json weights = Json::Array();
+    for (const double weight : LayerWeights(x, z)) weights.Add(Json::Number(weight));
+    return weights;
   }
   if (GroundHeight(x, z) >= kSeaLevel) return {};
-  value = Json::Object();
-  value.Set("level", Json::Number(kSeaLevel));
-  value.Set("body", Json::Int(kSeaId));
-  return value;
+  return Json::Object({{"level", kSeaLevel}, {"body", kSeaId}});
 }
 
 }  // namespace
 
 bool WorldCapabilities(World& /*world*/, const Call& /*call*/, Json& result, Json& /*error*/) {
-  Json& versions = result.Set("versions", Json::Object());
-  versions.Set("protocol", Json::Text(authoring::kNewestProtocol));
-  versions.Set("bridge", Json::Text(authoring::kBridgeProtocol));
-  versions.Set("scene_format", Json::Int(37));
-  Json& units = result.Set("units", Json::Object());
-  units.Set("length", Json::Text("metros"));
-  units.Set("angle", Json::Text("graus"));
-  Json& axes = result.Set("axes", Json::Object());
-  axes.Set("x", Json::Text("leste"));
-  axes.Set("y", Json::Text("cima"));
-  axes.Set("z", Json::Text("sul"));
-  result.Set("rotation", Json::Text("yaw em Y, depois pitch em X, depois roll em Z"));
-  result.Set("limits", Limits());
-  result.Set("world_kinds", TextArray({"monolitico"}));
-  result.Set("families", TextArray({"leitura", "objetos", "captura", "historico", "jobs", "lote"}));
-  result.Set("operations", TextArray(SupportedOperations()));
+  result = Json::Object(
+      {{"versions", Json::Object({{"protocol", authoring::kNewestProtocol},
+                                  {"bridge", authoring::kBridgeProtocol},
+                                  {"scene_format", 37}})},
+       {"units", Json::Object({{"length", "metros"}, {"angle", "graus"}})},
+       {"axes", Json::Object({{"x", "leste"}, {"y", "cima"}, {"z", "sul"}})},
+       {"rotation", "yaw em Y, depois pitch em X, depois roll em Z"},
+       {"limits", Limits()},
+       {"world_kinds", Json::Array({"monolitico"})},
+       {"families", Json::Array({"leitura", "objetos", "captura", "historico", "jobs", "lote"})},
+       {"operations", TextArray(SupportedOperations())}});
   return true;
 }
 
 bool WorldInfo(World& world, const Call& /*call*/, Json& result, Json& /*error*/) {
-  result.Set("world_id", Json::Text("sample-vale"));
-  result.Set("project", Json::Text("Exemplo"));
-  result.Set("file", Json::Text("maps/vale.scene"));
-  result.Set("kind", Json::Text("monolitico"));
-  result.Set("name", Json::Text("Vale de exemplo"));
-  Json& terrain = result.Set("terrain", Json::Object());
-  terrain.Set("width", Json::Number(2 * kTerrainHalf));
-  terrain.Set("depth", Json::Number(2 * kTerrainHalf));
-  terrain.Set("resolution", Json::Int(kTerrainResolution));
-  terrain.Set("step_x", Json::Number(kTerrainStep));
-  terrain.Set("step_z", Json::Number(kTerrainStep));
-  terrain.Set("min_height", Json::Number(GroundStatistics().min));
-  terrain.Set("max_height", Json::Number(GroundStatistics().max));
-  Json& counts = result.Set("counts", Json::Object());
-  counts.Set("objects", Json::Int(static_cast<long long>(world.objects.size())));
-  counts.Set("water_bodies", Json::Int(1));
-  counts.Set("waterfalls", Json::Int(0));
-  // Nothing is ever saved here, and the person's edits are single steps.
-  result.Set("dirty", Json::Bool(world.revision != 1));
-  result.Set("gesture_open", Json::Bool(false));
-  result.Set("ai_allowed", Json::Bool(true));
+  result = Json::Object(
+      {{"world_id", "sample-vale"},
+       {"project", "Exemplo"},
+       {"file", "maps/vale.scene"},
+       {"kind", "monolitico"},
+       {"name", "Vale de exemplo"},
+       {"terrain", Json::Object({{"width", 2 * kTerrainHalf},
+                                 {"depth", 2 * kTerrainHalf},
+                                 {"resolution", kTerrainResolution},
+                                 {"step_x", kTerrainStep},
+                                 {"step_z", kTerrainStep},
+                                 {"min_height", GroundStatistics().min},
+                                 {"max_height", GroundStatistics().max}})},
+       {"counts",
+        Json::Object({{"objects", world.objects.size()}, {"water_bodies", 1}, {"waterfalls", 0}})},
+       // Nothing is ever saved here, and the person's edits are single steps.
+       {"dirty", world.revision != 1},
+       {"gesture_open", false},
+       {"ai_allowed", true}});
   return true;
 }
 
@@ -177,37 +164,32 @@ bool WorldSummary(World& world, const Call& call, Json& result, Json& error) {
     low = {std::min(low.x, box_low.x), 0, std::min(low.z, box_low.z)};
     high = {std::max(high.x, box_high.x), 0, std::max(high.z, box_high.z)};
   }
-  Json& assets = result.Set("objects_by_asset", Json::Array());
+  Json assets = Json::Array();
   Json missing = Json::Array();
   for (const auto& [asset, count] : by_asset) {
-    Json& entry = assets.Add(Json::Object());
-    entry.Set("asset", Json::Text(asset));
-    entry.Set("count", Json::Int(count));
+    assets.Add(Json::Object({{"asset", asset}, {"count", count}}));
     if (FindAsset(asset) == nullptr) missing.Add(Json::Text(asset));
   }
   Json bounds;
-  if (!world.objects.empty()) {
-    bounds.Set("min_x", Json::Number(low.x));
-    bounds.Set("min_z", Json::Number(low.z));
-    bounds.Set("max_x", Json::Number(high.x));
-    bounds.Set("max_z", Json::Number(high.z));
-  }
-  result.Set("content_bounds", std::move(bounds));
-  result.Set("missing_assets", std::move(missing));
-  Json& terrain = result.Set("terrain", Json::Object());
-  terrain.Set("min", Json::Number(GroundStatistics().min));
-  terrain.Set("max", Json::Number(GroundStatistics().max));
-  terrain.Set("mean", Json::Number(GroundStatistics().mean));
-  Json& density = result.Set("density", Json::Object());
-  density.Set("tile", Json::Number(tile));
-  density.Set("origin_x", Json::Number(-kTerrainHalf));
-  density.Set("origin_z", Json::Number(-kTerrainHalf));
-  density.Set("columns", Json::Int(side));
-  density.Set("rows", Json::Int(side));
-  Json& cells = density.Set("counts", Json::Array());
+  if (!world.objects.empty())
+    bounds =
+        Json::Object({{"min_x", low.x}, {"min_z", low.z}, {"max_x", high.x}, {"max_z", high.z}});
+  Json cells = Json::Array();
   for (const std::vector<int>& row : counts)
     for (const int count : row) cells.Add(Json::Int(count));
-  density.Set("outside", Json::Int(outside));
+  result = Json::Object({{"objects_by_asset", std::move(assets)},
+                         {"content_bounds", std::move(bounds)},
+                         {"missing_assets", std::move(missing)},
+                         {"terrain", Json::Object({{"min", GroundStatistics().min},
+                                                   {"max", GroundStatistics().max},
+                                                   {"mean", GroundStatistics().mean}})},
+                         {"density", Json::Object({{"tile", tile},
+                                                   {"origin_x", -kTerrainHalf},
+                                                   {"origin_z", -kTerrainHalf},
+                                                   {"columns", side},
+                                                   {"rows", side},
+                                                   {"counts", std::move(cells)},
+                                                   {"outside", outside}})}});
   return true;
 }
 
@@ -216,8 +198,8 @@ bool ObjectsQuery(World& world, const Call& call, Json& result, Json& error) {
   std::int64_t last = 0;
   if (!ReadCursor(call.args, last, error)) return false;
   const auto limit = static_cast<std::size_t>(call.args.At("limit").IntOr(50));
-  Json& page = result.Set("objects", Json::Array());
-  Json next;
+  Json page = Json::Array();
+  std::string next;
   std::int64_t total = 0;
   for (const auto& [id, object] : world.objects) {
     if (!PassesFilter(world.objects, *object, call.args)) continue;
@@ -225,11 +207,11 @@ bool ObjectsQuery(World& world, const Call& call, Json& result, Json& error) {
     if (id <= last) continue;
     if (page.items.size() < limit)
       page.Add(ObjectJson(world.objects, *object, false));
-    else if (next.kind == Json::Kind::Null)
-      next = Json::Text(std::to_string(page.items.back().At("id").IntOr(0)));
+    else if (next.empty())
+      next = std::to_string(page.items.back().At("id").IntOr(0));
   }
-  result.Set("total", Json::Int(total));
-  if (next.kind == Json::Kind::Text) result.Set("next_cursor", std::move(next));
+  result = Json::Object({{"objects", std::move(page)}, {"total", total}});
+  if (!next.empty()) result.Set("next_cursor", Json::Text(std::move(next)));
   return true;
 }
 
@@ -241,8 +223,7 @@ bool ObjectsGet(World& world, const Call& call, Json& result, Json& /*error*/) {
       objects.Add(ObjectJson(world.objects, *object, true));
     else
       missing.Add(id);
-  result.Set("objects", std::move(objects));
-  result.Set("missing", std::move(missing));
+  result = Json::Object({{"objects", std::move(objects)}, {"missing", std::move(missing)}});
   return true;
 }
 
@@ -271,11 +252,11 @@ bool TerrainSample(World& /*world*/, const Call& call, Json& result, Json& error
   for (const Json& field : call.args.At("fields").items) fields.push_back(field.text);
   if (fields.empty()) fields.emplace_back("height");
 
-  result.Set("columns", Json::Number(columns));
-  result.Set("rows", Json::Number(rows));
-  result.Set("origin_x", Json::Number(west));
-  result.Set("origin_z", Json::Number(north));
-  result.Set("step", Json::Number(step));
+  result = Json::Object({{"columns", columns},
+                         {"rows", rows},
+                         {"origin_x", west},
+                         {"origin_z", north},
+                         {"step", step}});
   Json status = Json::Array();
   bool any_outside = false;
   for (int row = 0; row < static_cast<int>(rows); ++row) {
@@ -298,21 +279,17 @@ bool TerrainSample(World& /*world*/, const Call& call, Json& result, Json& error
 }
 
 bool WaterList(World& /*world*/, const Call& /*call*/, Json& result, Json& /*error*/) {
-  Json& sea = result.Set("bodies", Json::Array()).Add(Json::Object());
-  sea.Set("id", Json::Int(kSeaId));
-  sea.Set("kind", Json::Text("sea"));
-  sea.Set("name", Json::Text("Mar"));
-  sea.Set("enabled", Json::Bool(true));
-  sea.Set("level", Json::Number(kSeaLevel));
-  sea.Set("material", Json::Text("mar"));
-  Json& swell = sea.Set("swell", Json::Object());
-  swell.Set("height", Json::Number(0));
-  swell.Set("period", Json::Number(8));
-  swell.Set("direction", Json::Number(0));
-  result.Set("waterfalls", Json::Array());
-  Json& limits = result.Set("limits", Json::Object());
-  limits.Set("bodies", Json::Int(1));
-  limits.Set("waterfalls", Json::Int(0));
+  Json sea =
+      Json::Object({{"id", kSeaId},
+                    {"kind", "sea"},
+                    {"name", "Mar"},
+                    {"enabled", true},
+                    {"level", kSeaLevel},
+                    {"material", "mar"},
+                    {"swell", Json::Object({{"height", 0}, {"period", 8}, {"direction", 0}})}});
+  result = Json::Object({{"bodies", Json::Array({std::move(sea)})},
+                         {"waterfalls", Json::Array()},
+                         {"limits", Json::Object({{"bodies", 1}, {"waterfalls", 0}})}});
   return true;
 }
 

@@ -49,10 +49,7 @@ Json ChangedEntry(const World& world, std::int64_t id) {
     author = last->author;
     rev = last->revision;
   }
-  Json entry = Json::Object();
-  entry.Set("id", Json::Int(id));
-  entry.Set("rev", Json::Int(rev));
-  entry.Set("author", Json::Text(author.kind));
+  Json entry = Json::Object({{"id", id}, {"rev", rev}, {"author", author.kind}});
   if (!author.client.empty()) entry.Set("client", Json::Text(author.client));
   if (object == nullptr) entry.Set("deleted", Json::Bool(true));
   return entry;
@@ -132,10 +129,9 @@ void Invert(Draft& draft, const Transaction& transaction, std::set<std::int64_t>
 
 Json TransactionJson(const Transaction& transaction) {
   static const char* const kKinds[] = {"edit", "undo", "redo", "revert", "restore"};
-  Json json = Json::Object();
-  json.Set("id", Json::Int(transaction.id));
-  json.Set("kind", Json::Text(kKinds[static_cast<std::size_t>(transaction.kind)]));
-  json.Set("author", Json::Text(transaction.author.kind));
+  Json json = Json::Object({{"id", transaction.id},
+                            {"kind", kKinds[static_cast<std::size_t>(transaction.kind)]},
+                            {"author", transaction.author.kind}});
   if (!transaction.author.client.empty()) json.Set("client", Json::Text(transaction.author.client));
   json.Set("label", Json::Text(transaction.label));
   if (!transaction.group.empty()) json.Set("group", Json::Text(transaction.group));
@@ -147,10 +143,7 @@ Json TransactionJson(const Transaction& transaction) {
     const char* change = touch.before == nullptr  ? "created"
                          : touch.after == nullptr ? "deleted"
                                                   : "changed";
-    Json& element = elements.Add(Json::Object());
-    element.Set("type", Json::Text("object"));
-    element.Set("id", Json::Int(touch.id));
-    element.Set("change", Json::Text(change));
+    elements.Add(Json::Object({{"type", "object"}, {"id", touch.id}, {"change", change}}));
   }
   return json;
 }

@@ -96,15 +96,11 @@ std::string HierarchyFault(const Objects& objects, const Object& object) {
 }
 
 Json ObjectJson(const Objects& objects, const Object& object, bool family) {
-  Json json = Json::Object();
-  json.Set("id", Json::Int(object.id));
-  json.Set("rev", Json::Int(object.rev));
+  Json json = Json::Object({{"id", object.id}, {"rev", object.rev}});
   for (const auto& [key, value] : object.fields.fields) json.Set(key, value);
   json.Set("position", VectorJson(WorldFrame(objects, object).origin));
   const auto [low, high] = WorldBox(objects, object);
-  Json& box = json.Set("box", Json::Object());
-  box.Set("min", VectorJson(low));
-  box.Set("max", VectorJson(high));
+  json.Set("box", Json::Object({{"min", VectorJson(low)}, {"max", VectorJson(high)}}));
   if (family) {
     Json& children = json.Set("children", Json::Array());
     for (const auto& [id, other] : objects)
@@ -115,25 +111,27 @@ Json ObjectJson(const Objects& objects, const Object& object, bool family) {
 }
 
 Json DefaultFields() {
-  Json fields = Json::Object();
-  fields.Set("asset", Json::Text(""));
-  fields.Set("name", Json::Text(""));
-  fields.Set("parent", Json::Int(0));
-  for (const char* key : {"x", "y", "z", "pitch", "yaw", "roll"}) fields.Set(key, Json::Number(0));
-  fields.Set("scale_xyz", VectorJson({1, 1, 1}));
-  fields.Set("visible", Json::Bool(true));
-  fields.Set("locked", Json::Bool(false));
-  fields.Set("solid", Json::Bool(true));
-  fields.Set("draw_distance", Json::Number(0));
-  fields.Set("cast_shadow", Json::Bool(true));
-  Json& tint = fields.Set("tint", Json::Array());
-  for (int channel = 0; channel < 3; ++channel) tint.Add(Json::Number(1));
-  fields.Set("color_variation", Json::Number(-1));
-  fields.Set("body", Json::Text("none"));
-  fields.Set("mass", Json::Number(1));
-  fields.Set("friction", Json::Number(0.5));
-  fields.Set("restitution", Json::Number(0));
-  return fields;
+  return Json::Object({{"asset", ""},
+                       {"name", ""},
+                       {"parent", 0},
+                       {"x", 0},
+                       {"y", 0},
+                       {"z", 0},
+                       {"pitch", 0},
+                       {"yaw", 0},
+                       {"roll", 0},
+                       {"scale_xyz", VectorJson({1, 1, 1})},
+                       {"visible", true},
+                       {"locked", false},
+                       {"solid", true},
+                       {"draw_distance", 0},
+                       {"cast_shadow", true},
+                       {"tint", Json::Array({1, 1, 1})},
+                       {"color_variation", -1},
+                       {"body", "none"},
+                       {"mass", 1},
+                       {"friction", 0.5},
+                       {"restitution", 0}});
 }
 
 World MakeSampleWorld() {
