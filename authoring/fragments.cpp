@@ -83,11 +83,12 @@ Schema AssetReduction() {
 
 }  // namespace
 
-ToolSpec Tool(const char* name, const char* operation, const char* title, ToolKind kind,
-              std::string description, const Schema& input, std::string_view output_description,
-              bool local) {
+ToolSpec Tool(const char* name, const char* title, ToolKind kind, std::string description,
+              const Schema& input, std::string_view output_description, bool local) {
+  std::string operation = name;
+  operation.replace(operation.find('_'), 1, ".");
   return {name,
-          operation,
+          std::move(operation),
           title,
           std::move(description),
           kind,

@@ -18,10 +18,10 @@ inline constexpr const char* kRunsAsJob =
     "Roda como job: espera ate wait_ms e devolve o resultado, ou devolve job_id para jobs_get; ao "
     "aplicar, confere o que a pessoa mudou nos mesmos elementos enquanto calculava (conflict).";
 
-// Makes a row. `output_description` names in words the members that the tool adds to its answer.
-ToolSpec Tool(const char* name, const char* operation, const char* title, ToolKind kind,
-              std::string description, const Schema& input, std::string_view output_description,
-              bool local = false);
+// Makes a row. Its operation has the same name with a dot in the place of the first underscore.
+// `output_description` names in words the members that the tool adds to its answer.
+ToolSpec Tool(const char* name, const char* title, ToolKind kind, std::string description,
+              const Schema& input, std::string_view output_description, bool local = false);
 
 // The output schema that all rows share; only its description differs.
 Schema Envelope(std::string_view description);

@@ -32,7 +32,7 @@ Schema Selection() {
 
 void AppendAssetTools(std::vector<ToolSpec>& tools) {
   tools.push_back(Tool(
-      "assets_list", "assets.list", "Biblioteca de assets", ToolKind::Read,
+      "assets_list", "Biblioteca de assets", ToolKind::Read,
       "Os assets que o mundo pode usar, paginados: id, nome, categoria, se carregou, tamanho em "
       "metros, colisao, triangulos, o pivo (base: o centro da base da caixa na origem; original: a "
       "origem do arquivo) e a caixa em volta da origem (bounds_min, bounds_max). Pecas de kit com "
@@ -49,7 +49,7 @@ void AppendAssetTools(std::vector<ToolSpec>& tools) {
       "assets, total, next_cursor."));
 
   tools.push_back(Tool(
-      "assets_inspect", "assets.inspect", "Inspecionar arquivos externos", ToolKind::Read,
+      "assets_inspect", "Inspecionar arquivos externos", ToolKind::Read,
       "Le arquivos externos sem importar e relata cada modelo: formato, malhas, triangulos, "
       "vertices, materiais, texturas, tamanho nas unidades do arquivo (Y para cima), esqueleto e "
       "animacoes (skinning e recusado), avisos de unidade, e o que impede importar (dependencia "
@@ -60,7 +60,7 @@ void AppendAssetTools(std::vector<ToolSpec>& tools) {
       "animations, size, notes, problems, importable}, ignored, axes, hint."));
 
   tools.push_back(Tool(
-      "assets_import", "assets.import", "Importar assets", ToolKind::Job,
+      "assets_import", "Importar assets", ToolKind::Job,
       "Compila modelos externos pela pipeline oficial (ImportModel, ProcessModel, CompileAsset) "
       "num estagio fora da biblioteca e, no ponto seguro, publica cada um em "
       "assets/biblioteca/<folder>/<id>/ com as fontes em fonte/ e registra no catalogo: dai em "
@@ -85,7 +85,7 @@ void AppendAssetTools(std::vector<ToolSpec>& tools) {
       "report {source_triangles, triangles, ...}, note, registered}, hint."));
 
   tools.push_back(
-      Tool("assets_reprocess", "assets.reprocess", "Recompilar asset", ToolKind::Job,
+      Tool("assets_reprocess", "Recompilar asset", ToolKind::Job,
            "Recompila um pacote da biblioteca a partir das fontes que ele guardou (fonte/), com "
            "outros parametros (classe, tamanho, colisao, reducao); o pacote atual fica em "
            "versoes/<n>/. Sem os campos, valem os do pacote. Roda como job.",
@@ -94,7 +94,7 @@ void AppendAssetTools(std::vector<ToolSpec>& tools) {
            "como assets_import."));
 
   tools.push_back(Tool(
-      "assets_restore_version", "assets.restore_version", "Voltar versao de asset", ToolKind::Job,
+      "assets_restore_version", "Voltar versao de asset", ToolKind::Job,
       "Volta um pacote para uma versao guardada em versoes/<n>/; o atual vira uma versao nova "
       "antes, entao voltar e reversivel. As colocacoes (o mesmo id) passam a mostrar a versao "
       "restaurada. Recusado enquanto um job ainda vai publicar o mesmo id. Roda como job (wait_ms; "
@@ -105,7 +105,7 @@ void AppendAssetTools(std::vector<ToolSpec>& tools) {
       "id, restored, version_saved, registered, hint."));
 
   tools.push_back(Tool(
-      "assets_compose", "assets.compose", "Juntar objetos num asset composto", ToolKind::Job,
+      "assets_compose", "Juntar objetos num asset composto", ToolKind::Job,
       "Assa uma raiz e os descendentes dela num pacote novo da biblioteca, como o Merge Actors do "
       "Unreal: uma malha por material (texturas e materiais iguais entram uma vez), a colisao que "
       "as pecas tinham (composta: paredes, vaos de porta, janelas e escadas como eram) e o pivo na "

@@ -27,8 +27,7 @@ Schema Door() {
 
 void AppendBuildingTools(std::vector<ToolSpec>& tools) {
   tools.push_back(
-      Tool("buildings_kit_install", "buildings.kit_install", "Instalar o kit de construcao",
-           ToolKind::Transaction,
+      Tool("buildings_kit_install", "Instalar o kit de construcao", ToolKind::Transaction,
            "Compila o kit de pecas de construcao (parede, piso, degrau, folha de porta, telhado e "
            "o marco da raiz) pela pipeline oficial na biblioteca do projeto "
            "(assets/biblioteca/<kit>/) e rele o catalogo. Precisa rodar uma vez por projeto antes "
@@ -38,14 +37,14 @@ void AppendBuildingTools(std::vector<ToolSpec>& tools) {
            "kit, assets, new_in_catalog, folder."));
 
   tools.push_back(
-      Tool("buildings_list", "buildings.list", "Construcoes", ToolKind::Read,
+      Tool("buildings_list", "Construcoes", ToolKind::Read,
            "As construcoes do mapa com a especificacao (pegada, andares, vaos, paredes internas, "
            "escada, telhado), a raiz (com a altura y da base e floor_levels, a superficie de cada "
            "piso: o y de inspect_walk dentro da casa) e as pecas geradas.",
            ForEditor().Closed(), "buildings[], max."));
 
   tools.push_back(Tool(
-      "buildings_create", "buildings.create", "Criar construcao", ToolKind::Transaction,
+      "buildings_create", "Criar construcao", ToolKind::Transaction,
       std::string("Cria uma casa em (x, z) com giro `yaw` (graus): a raiz (o marco do kit), a "
                   "especificacao e as pecas geradas (gerador buildings-1) — lajes com o vao da "
                   "escada, paredes cortadas nos vaos, paredes internas, escadas, folhas de porta "
@@ -59,8 +58,7 @@ void AppendBuildingTools(std::vector<ToolSpec>& tools) {
                                   .Field("yaw", Schema::Number("Graus."), false))),
       "building, pieces, foundation_samples, details; transaction."));
 
-  tools.push_back(Tool("buildings_update", "buildings.update", "Alterar construcao",
-                       ToolKind::Transaction,
+  tools.push_back(Tool("buildings_update", "Alterar construcao", ToolKind::Transaction,
                        "Muda a especificacao (so os campos presentes) e regera: as pecas do gerar "
                        "anterior saem e as novas entram, numa transacao. Um objeto da pessoa preso "
                        "a uma peca impede (conflict). Exige base_revision.",
@@ -68,7 +66,7 @@ void AppendBuildingTools(std::vector<ToolSpec>& tools) {
                        "building, pieces, replaced, details; transaction."));
 
   tools.push_back(
-      Tool("buildings_delete", "buildings.delete", "Excluir construcoes", ToolKind::Transaction,
+      Tool("buildings_delete", "Excluir construcoes", ToolKind::Transaction,
            "Exclui construcoes com as pecas e a raiz (remove_pieces, padrao verdadeiro). Um objeto "
            "da pessoa preso a elas impede. O relevo nivelado fica.",
            Mutation(Schema::Object("")
@@ -76,13 +74,13 @@ void AppendBuildingTools(std::vector<ToolSpec>& tools) {
                         .Field("remove_pieces", Schema::Boolean(""), false)),
            "deleted; transaction."));
 
-  tools.push_back(Tool("doors_list", "doors.list", "Portas", ToolKind::Read,
+  tools.push_back(Tool("doors_list", "Portas", ToolKind::Read,
                        "As portas do mapa: o objeto, a dobradica, o angulo de abrir, a velocidade, "
                        "o alcance, fechar sozinha, trancada, e o estado agora (angulo, aberta).",
                        ForEditor().Closed(), "doors[]."));
 
   tools.push_back(Tool(
-      "doors_configure", "doors.configure", "Configurar porta", ToolKind::Transaction,
+      "doors_configure", "Configurar porta", ToolKind::Transaction,
       "Faz de um objeto a folha de uma porta (ou muda a porta dele; remove verdadeiro tira). A "
       "folha gira em torno do eixo vertical em (pivot_x, pivot_z), metros no espaco do objeto, ate "
       "open_angle graus (-170 a 170), a speed graus/s; radius e o alcance da interacao; auto_close "

@@ -21,7 +21,7 @@ Schema BatchItem() {
 
 void AppendHistoryTools(std::vector<ToolSpec>& tools) {
   tools.push_back(
-      Tool("history_list", "history.list", "Historico de autoria", ToolKind::Read,
+      Tool("history_list", "Historico de autoria", ToolKind::Read,
            "As transacoes da sessao, da mais nova para a mais antiga: id, autor (user ou agent, "
            "com o cliente), rotulo, grupo, revisoes e os elementos tocados; e o que Desfazer e "
            "Refazer fariam agora. Filtros por autor e grupo; paginado.",
@@ -33,18 +33,18 @@ void AppendHistoryTools(std::vector<ToolSpec>& tools) {
                .Closed(),
            "transactions, undo, redo, checkpoints, oldest_revision, next_cursor."));
 
-  tools.push_back(Tool("history_undo", "history.undo", "Desfazer (IA)", ToolKind::Transaction,
+  tools.push_back(Tool("history_undo", "Desfazer (IA)", ToolKind::Transaction,
                        "Desfaz a transacao mais recente do documento, se ela for sua (do agente). "
                        "Se a mais recente for da pessoa, recusa com conflict: use history_revert "
                        "para desfazer seletivamente uma transacao sua mais antiga.",
                        Mutation(Schema::Object("")), "undone: a transacao desfeita; transaction."));
 
-  tools.push_back(Tool("history_redo", "history.redo", "Refazer (IA)", ToolKind::Transaction,
+  tools.push_back(Tool("history_redo", "Refazer (IA)", ToolKind::Transaction,
                        "Refaz o passo que o ultimo desfazer tirou, se ele for seu (do agente).",
                        Mutation(Schema::Object("")), "redone; transaction."));
 
   tools.push_back(
-      Tool("history_revert", "history.revert", "Reverter uma transacao", ToolKind::Transaction,
+      Tool("history_revert", "Reverter uma transacao", ToolKind::Transaction,
            "Desfaz seletivamente uma transacao antiga como uma transacao nova. So se aplica se "
            "cada elemento que ela tocou ainda estiver como ela deixou; senao conflict lista os "
            "elementos mudados depois (por exemplo, por uma edicao manual), e nada muda. Edicoes "
@@ -53,13 +53,12 @@ void AppendHistoryTools(std::vector<ToolSpec>& tools) {
            "reverted; transaction."));
 
   tools.push_back(Tool(
-      "history_checkpoint", "history.checkpoint", "Marcar um ponto", ToolKind::Transaction,
+      "history_checkpoint", "Marcar um ponto", ToolKind::Transaction,
       "Da um nome a revisao atual, para history_restore voltar a ela depois. Nao copia o mundo.",
       ForEditor().Field("name", Schema::String("").MinLength(1).MaxLength(64), true).Closed(),
       "checkpoint {name, revision}."));
 
-  tools.push_back(Tool("history_restore", "history.restore", "Voltar a um ponto",
-                       ToolKind::Transaction,
+  tools.push_back(Tool("history_restore", "Voltar a um ponto", ToolKind::Transaction,
                        "Reverte, numa transacao, todas as transacoes do agente feitas depois do "
                        "ponto marcado, da mais nova para a mais antiga. Se alguma tocar elemento "
                        "mudado depois por outro autor, nada muda e conflict lista o que impediu.",
@@ -67,25 +66,25 @@ void AppendHistoryTools(std::vector<ToolSpec>& tools) {
                            "name", Schema::String("").MinLength(1).MaxLength(64), true)),
                        "reverted: ids das transacoes revertidas; transaction."));
 
-  tools.push_back(Tool("jobs_list", "jobs.list", "Jobs", ToolKind::Read,
+  tools.push_back(Tool("jobs_list", "Jobs", ToolKind::Read,
                        "Os jobs desta sessao do editor, do mais novo para o mais antigo: id, "
                        "operacao, estado (queued, running, applying, done, failed, cancelled), "
                        "progresso, fase, segundos e o resultado ou o erro.",
                        ForEditor().Closed(), "jobs, active."));
 
-  tools.push_back(Tool("jobs_get", "jobs.get", "Estado de um job", ToolKind::Read,
+  tools.push_back(Tool("jobs_get", "Estado de um job", ToolKind::Read,
                        "Um job por id: estado, progresso e, quando terminou, o resultado (com a "
                        "transacao aplicada) ou o erro.",
                        ForEditor().Field("job_id", Id(""), true).Closed(), "job."));
 
   tools.push_back(
-      Tool("jobs_cancel", "jobs.cancel", "Cancelar um job", ToolKind::Transaction,
+      Tool("jobs_cancel", "Cancelar um job", ToolKind::Transaction,
            "Cancela um job que ainda nao foi aplicado: nada muda no mundo. Um job ja aplicado nao "
            "e desfeito por aqui (use history_revert). Vale mesmo com a IA parada.",
            ForEditor().Field("job_id", Id(""), true).Closed(), "cancelled, job."));
 
   tools.push_back(Tool(
-      "batch_apply", "batch.apply", "Aplicar um lote", ToolKind::Transaction,
+      "batch_apply", "Aplicar um lote", ToolKind::Transaction,
       std::string("Varias alteracoes numa transacao so (ate 256): cada item e {tool, args} com uma "
                   "ferramenta de alteracao (objects_*, terrain_sculpt, terrain_generate, "
                   "surface_*, vegetation_*, water_*, world_configure) e os argumentos dela, sem "

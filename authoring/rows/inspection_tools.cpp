@@ -83,7 +83,7 @@ Schema Measure() {
 
 void AppendInspectionTools(std::vector<ToolSpec>& tools) {
   tools.push_back(Tool(
-      "inspect_walk", "inspect.walk", "Andar pelo mundo", ToolKind::Read,
+      "inspect_walk", "Andar pelo mundo", ToolKind::Read,
       "Simula quem anda (o controlador do jogo, com a colisao do mapa e as portas) de `from` pelos "
       "`waypoints` em linha reta, a 60 passos por segundo. doors: interact (padrao: abre as portas "
       "fechadas no caminho, como um jogador), as_is, open ou closed. Diz se chegou, onde parou e "
@@ -108,7 +108,7 @@ void AppendInspectionTools(std::vector<ToolSpec>& tools) {
       "door_events, path."));
 
   tools.push_back(Tool(
-      "inspect_capture", "inspect.capture", "Capturar imagem", ToolKind::Read,
+      "inspect_capture", "Capturar imagem", ToolKind::Read,
       "Desenha o mundo por uma camera propria, fora da tela (a vista e a selecao da pessoa nao "
       "mudam), e devolve a imagem PNG e o caminho do arquivo gravado. A camera e explicita "
       "(camera: position, target, fov) ou enquadra objetos, um retangulo ou o mapa inteiro (frame: "
@@ -166,7 +166,7 @@ void AppendInspectionTools(std::vector<ToolSpec>& tools) {
       "num bloco image."));
 
   tools.push_back(Tool(
-      "inspect_probe", "inspect.probe", "Sondar o mundo", ToolKind::Read,
+      "inspect_probe", "Sondar o mundo", ToolKind::Read,
       "Perguntas geometricas ao mundo, ate 256 de cada tipo por chamada. rays: o primeiro acerto "
       "de um raio no relevo ou no colisor de um objeto (distancia, ponto, normal, id). points: o "
       "chao sob (x, z) — altura do relevo, inclinacao, material, a superficie mais alta onde se "
@@ -187,7 +187,7 @@ void AppendInspectionTools(std::vector<ToolSpec>& tools) {
       "horizontal, vertical, grade_percent, line_of_sight, blocked_by}, body."));
 
   tools.push_back(Tool(
-      "inspect_validate", "inspect.validate", "Validar o mundo", ToolKind::Read,
+      "inspect_validate", "Validar o mundo", ToolKind::Read,
       "Relatorio do que impede ou atrapalha jogar o mapa: documento invalido, limite de objetos, "
       "assets ausentes, objetos fora do relevo, enterrados ou flutuando, solidos que se "
       "atravessam; e, andando com o controlador de quem anda (inspect_walk), portas que nao deixam "

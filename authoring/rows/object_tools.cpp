@@ -35,7 +35,7 @@ Schema ObjectChange() {
 
 void AppendObjectTools(std::vector<ToolSpec>& tools) {
   tools.push_back(
-      Tool("objects_create", "objects.create", "Criar objetos", ToolKind::Transaction,
+      Tool("objects_create", "Criar objetos", ToolKind::Transaction,
            std::string(
                "Coloca objetos da biblioteca no mundo (1 a 256). Cada um: asset, x, z e, "
                "opcionalmente, y (altura sobre o chao por padrao), pitch/yaw/roll em graus, "
@@ -53,7 +53,7 @@ void AppendObjectTools(std::vector<ToolSpec>& tools) {
            "created: [{id, ref}]; objects: os objetos criados, como em objects_get; transaction."));
 
   tools.push_back(Tool(
-      "objects_update", "objects.update", "Alterar objetos", ToolKind::Transaction,
+      "objects_update", "Alterar objetos", ToolKind::Transaction,
       std::string("Muda objetos existentes (1 a 256): so os campos presentes mudam. `move_by` e "
                   "`rotate_by` somam a posicao e aos angulos atuais. `if_rev` confere a revisao do "
                   "objeto. Objetos travados sao recusados (locked). Exige base_revision. ") +
@@ -63,7 +63,7 @@ void AppendObjectTools(std::vector<ToolSpec>& tools) {
       "objects: os objetos depois da mudanca; transaction."));
 
   tools.push_back(
-      Tool("objects_delete", "objects.delete", "Excluir objetos", ToolKind::Transaction,
+      Tool("objects_delete", "Excluir objetos", ToolKind::Transaction,
            std::string("Exclui objetos e os descendentes deles (as juntas que ficam sem corpo saem "
                        "junto). Objetos travados sao recusados. Exige base_revision. ") +
                kAllOrNothing,
@@ -71,7 +71,7 @@ void AppendObjectTools(std::vector<ToolSpec>& tools) {
            "deleted: ids excluidos (inclui descendentes); transaction."));
 
   tools.push_back(Tool(
-      "objects_duplicate", "objects.duplicate", "Duplicar objetos", ToolKind::Transaction,
+      "objects_duplicate", "Duplicar objetos", ToolKind::Transaction,
       "Copia objetos com a hierarquia e as juntas, deslocados por `offset` (metros, no mundo).",
       Mutation(Schema::Object("")
                    .Field("ids", Ids(256, ""), true)

@@ -25,7 +25,7 @@ Schema Extent() {
 
 void AppendPartitionedWorldTools(std::vector<ToolSpec>& tools) {
   tools.push_back(
-      Tool("world_open", "world.open", "Abrir outro mapa", ToolKind::Transaction,
+      Tool("world_open", "Abrir outro mapa", ToolKind::Transaction,
            "Troca o mapa aberto no editor por outro .scene do projeto (path relativo a maps/). "
            "Nunca descarta alteracoes: com o mapa aberto sujo, recusa com unsaved_changes, a menos "
            "que save_first seja verdadeiro (salva antes, com copia de seguranca). Um path que nao "
@@ -44,7 +44,7 @@ void AppendPartitionedWorldTools(std::vector<ToolSpec>& tools) {
            "opened, file, saved_before, world_id."));
 
   tools.push_back(Tool(
-      "world_create", "world.create", "Criar mundo particionado", ToolKind::Transaction,
+      "world_create", "Criar mundo particionado", ToolKind::Transaction,
       "Cria um mundo particionado vazio em maps/<nome>.zrkworld: celulas de 256 m (257 amostras, 1 "
       "m), extensao em indices de celula (-32 a 31 em cada eixo; padrao 5 x 5 em volta da origem), "
       "altura base e faixa. Celulas nascem quando alguem edita. open (padrao verdadeiro) abre o "
@@ -60,8 +60,7 @@ void AppendPartitionedWorldTools(std::vector<ToolSpec>& tools) {
       "created, path, extent, world_id, opened."));
 
   tools.push_back(Tool(
-      "world_convert_legacy", "world.convert_legacy", "Converter mapa em mundo particionado",
-      ToolKind::Transaction,
+      "world_convert_legacy", "Converter mapa em mundo particionado", ToolKind::Transaction,
       "Converte o mapa .scene aberto (como esta no editor) num mundo particionado novo em "
       "maps/<mapa>.zrkworld: as celulas que cobrem a extensao, o relevo reamostrado na grade de 1 "
       "m, material, cobertura, objetos pela celula da raiz e o resto como features do mundo. O "
@@ -73,7 +72,7 @@ void AppendPartitionedWorldTools(std::vector<ToolSpec>& tools) {
       "path, cells, objects, source_step, max_height_error, lossless, notes, original, opened."));
 
   tools.push_back(
-      Tool("cells_list", "cells.list", "Celulas do mundo", ToolKind::Read,
+      Tool("cells_list", "Celulas do mundo", ToolKind::Read,
            "As celulas do mundo particionado aberto, em ordem (iz, ix): no disco (revisao, bytes), "
            "na janela, suja, estado do streaming (absent, loading, ready, dirty, failed) e o erro "
            "de uma celula que falhou. window_only lista so a janela.",
@@ -86,14 +85,14 @@ void AppendPartitionedWorldTools(std::vector<ToolSpec>& tools) {
            "extent, window, cells[], next_cursor."));
 
   tools.push_back(
-      Tool("cells_diagnostics", "cells.diagnostics", "Diagnostico do streaming", ToolKind::Read,
+      Tool("cells_diagnostics", "Diagnostico do streaming", ToolKind::Read,
            "Budgets do streaming (janela, anel, residentes, MiB, leituras) e o que esta "
            "acontecendo: residentes, carregando, falhas, sujas, leituras e composicoes feitas, o "
            "tempo da ultima leitura e da ultima composicao, bordas que nao batiam.",
            ForEditor().Closed(), "budgets, now, totals, window."));
 
   tools.push_back(Tool(
-      "world_focus", "world.focus", "Levar a janela ate um ponto", ToolKind::Transaction,
+      "world_focus", "Levar a janela ate um ponto", ToolKind::Transaction,
       "Num mundo particionado, leva a vista do editor e a janela de celulas ate (x, z), agora: o "
       "que estiver la passa a estar no documento (objetos, relevo) para as outras ferramentas. Sem "
       "passo de historico; revisoes seguem, a geracao nao muda.",
@@ -102,7 +101,7 @@ void AppendPartitionedWorldTools(std::vector<ToolSpec>& tools) {
       "window, moved, ready, revision."));
 
   tools.push_back(Tool(
-      "quality_get", "quality.get", "Perfil de qualidade", ToolKind::Read,
+      "quality_get", "Perfil de qualidade", ToolKind::Read,
       "O perfil de qualidade do editor (desempenho, equilibrado, qualidade ou personalizado), cada "
       "ajuste com o efeito e o custo, e o que custa agora: tempo de quadro e, num mundo "
       "particionado, celulas residentes e a ultima composicao. O perfil muda o desenho e o "
@@ -111,7 +110,7 @@ void AppendPartitionedWorldTools(std::vector<ToolSpec>& tools) {
       "profile, matches, settings[] {id, value, effect, cost}, measured, file, invariant."));
 
   tools.push_back(Tool(
-      "quality_set", "quality.set", "Trocar o perfil de qualidade", ToolKind::Transaction,
+      "quality_set", "Trocar o perfil de qualidade", ToolKind::Transaction,
       "Troca o perfil do editor (desempenho, equilibrado ou qualidade) e grava em "
       "maps/editor.graphics.settings (save, padrao verdadeiro). A imagem (exposicao, curva, bloom) "
       "e o vsync ficam como a pessoa deixou. Nada no mundo e editado: num mapa a revisao fica; num "

@@ -9,7 +9,7 @@ namespace zorvik::authoring {
 
 void AppendReadingTools(std::vector<ToolSpec>& tools) {
   tools.push_back(
-      Tool("editor_list", "editor.list", "Editores abertos", ToolKind::Read,
+      Tool("editor_list", "Editores abertos", ToolKind::Read,
            "Lista os editores de mundo da ZORVIK abertos nesta maquina com a ponte de IA ligada: "
            "editor_id, processo, projeto, mundo aberto e versao. Use antes de qualquer outra "
            "ferramenta quando houver duvida sobre o destino. Nao precisa de editor aberto.",
@@ -19,7 +19,7 @@ void AppendReadingTools(std::vector<ToolSpec>& tools) {
            /*local=*/true));
 
   tools.push_back(Tool(
-      "world_capabilities", "world.capabilities", "Capacidades e limites", ToolKind::Read,
+      "world_capabilities", "Capacidades e limites", ToolKind::Read,
       "O contrato do editor escolhido: versoes (protocolo, ponte, formato de cena), unidades e "
       "eixos (metros; +Y cima, +X leste, −Z norte; angulos em graus; ordem de rotacao), limites de "
       "dados (objetos, corpos d'agua, camadas, especies, escala, profundidade de hierarquia, "
@@ -28,7 +28,7 @@ void AppendReadingTools(std::vector<ToolSpec>& tools) {
       ForEditor().Closed(), "versions, units, axes, rotation, limits, world_kinds, families."));
 
   tools.push_back(
-      Tool("world_info", "world.info", "Mundo aberto", ToolKind::Read,
+      Tool("world_info", "Mundo aberto", ToolKind::Read,
            "O mundo aberto no editor: world_id, projeto, arquivo, tipo (monolitico), extensao e "
            "resolucao do relevo, faixa de altura, contagens, revisao atual, se ha alteracoes nao "
            "salvas, se ha gesto manual em andamento e se a IA esta permitida. A `revision` "
@@ -38,7 +38,7 @@ void AppendReadingTools(std::vector<ToolSpec>& tools) {
            "step_z, min_height, max_height}, counts, dirty, gesture_open, ai_allowed."));
 
   tools.push_back(Tool(
-      "world_summary", "world.summary", "Resumo do mundo", ToolKind::Read,
+      "world_summary", "Resumo do mundo", ToolKind::Read,
       "Resumo compacto para planejar sem ler o mundo inteiro: objetos por asset, limites (bounds) "
       "do conteudo, assets referenciados que nao estao na biblioteca, estatistica do relevo e uma "
       "grade de densidade de objetos em ladrilhos de `tile` metros (ate 256 ladrilhos).",
@@ -54,7 +54,7 @@ void AppendReadingTools(std::vector<ToolSpec>& tools) {
       "origin_x, origin_z, columns, rows, counts}."));
 
   tools.push_back(Tool(
-      "objects_query", "objects.query", "Consultar objetos", ToolKind::Read,
+      "objects_query", "Consultar objetos", ToolKind::Read,
       "Objetos colocados no mundo, paginados e filtrados (area, circulo, asset, nome, pai). Cada "
       "objeto traz id, asset, nome, pai, a transformacao local (x, y, z; y de uma raiz e altura "
       "sobre o chao; angulos pitch/yaw/roll em graus; escala por eixo), a posicao no mundo, a "
@@ -79,14 +79,14 @@ void AppendReadingTools(std::vector<ToolSpec>& tools) {
       "objects: lista; total: quantos passam no filtro; next_cursor quando ha mais."));
 
   tools.push_back(
-      Tool("objects_get", "objects.get", "Ler objetos por id", ToolKind::Read,
+      Tool("objects_get", "Ler objetos por id", ToolKind::Read,
            "Os objetos pedidos, com os mesmos campos de objects_query mais filhos e juntas. Ids "
            "que nao existem voltam em `missing`.",
            ForEditor().Field("ids", Ids(200, "Ids de objeto (1 a 200)."), true).Closed(),
            "objects, missing."));
 
   tools.push_back(Tool(
-      "terrain_sample", "terrain.sample", "Amostrar o relevo", ToolKind::Read,
+      "terrain_sample", "Amostrar o relevo", ToolKind::Read,
       "Amostra o chao numa grade regular dentro de `bounds`, de `step` em `step` metros (ate "
       "16.384 pontos). Linhas de norte para sul (z crescente), colunas de oeste para leste. "
       "Campos: height (m), slope (subida por metro), normal, material (peso de cada camada) e "
@@ -109,7 +109,7 @@ void AppendReadingTools(std::vector<ToolSpec>& tools) {
       "columns, rows, origin_x, origin_z, step, height[], slope[], normal[], material[], water[], "
       "layers (nomes das camadas)."));
 
-  tools.push_back(Tool("water_list", "water.list", "Corpos d'agua", ToolKind::Read,
+  tools.push_back(Tool("water_list", "Corpos d'agua", ToolKind::Read,
                        "Os corpos d'agua (agua do mapa, lagos com contorno, rios com nos, mar) e "
                        "as cachoeiras, com id, nome, tipo, nivel, geometria e ligacoes.",
                        ForEditor().Closed(), "bodies, waterfalls, limits."));

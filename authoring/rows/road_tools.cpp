@@ -169,14 +169,14 @@ Schema ScatterRule() {
 }  // namespace
 
 void AppendRoadTools(std::vector<ToolSpec>& tools) {
-  tools.push_back(Tool("roads_list", "roads.list", "Estradas", ToolKind::Read,
+  tools.push_back(Tool("roads_list", "Estradas", ToolKind::Read,
                        "As estradas do mapa com o traçado (nos com largura e altura fixa), perfil, "
                        "acostamento, talude, camada, encaixe, inclinacao maxima, juncoes, pontes, "
                        "as pecas que o ultimo bake criou e o comprimento.",
                        ForEditor().Closed(), "roads[], max."));
 
   tools.push_back(
-      Tool("roads_upsert", "roads.upsert", "Criar ou alterar estrada", ToolKind::Transaction,
+      Tool("roads_upsert", "Criar ou alterar estrada", ToolKind::Transaction,
            "Cria uma estrada (sem `id`) ou altera uma existente (com `id`; so os campos presentes "
            "mudam, e base_revision e obrigatoria). Muda so os parametros: o relevo muda com "
            "roads_bake. Nos: 2 a 256, largura 1 a 40 m; `height` fixa a altura do leito naquele "
@@ -187,7 +187,7 @@ void AppendRoadTools(std::vector<ToolSpec>& tools) {
            "road (como em roads_list), created; transaction."));
 
   tools.push_back(
-      Tool("roads_delete", "roads.delete", "Excluir estradas", ToolKind::Transaction,
+      Tool("roads_delete", "Excluir estradas", ToolKind::Transaction,
            "Exclui estradas (as juncoes para elas saem junto). remove_pieces (padrao verdadeiro) "
            "apaga tambem as pecas de ponte que o bake criou; um objeto preso a uma peca impede "
            "(conflict). O relevo ja assado fica: history_revert do bake desfaz.",
@@ -197,7 +197,7 @@ void AppendRoadTools(std::vector<ToolSpec>& tools) {
            "deleted, pieces_removed; transaction."));
 
   tools.push_back(Tool(
-      "roads_bake", "roads.bake", "Assar estrada", ToolKind::Job,
+      "roads_bake", "Assar estrada", ToolKind::Job,
       std::string("Aplica a estrada ao mapa (gerador roads-1): leito no eixo (seguindo o relevo "
                   "suavizado ou em rampa), acostamento, talude ate o relevo, material do leito, "
                   "plantas tiradas e as pecas das pontes (as do bake anterior sao substituidas). A "
@@ -207,13 +207,12 @@ void AppendRoadTools(std::vector<ToolSpec>& tools) {
       Mutation(Schema::Object("").Field("id", Id("A estrada."), true)),
       "generator, samples, created, removed, details; transaction."));
 
-  tools.push_back(Tool("regions_list", "regions.list", "Regioes", ToolKind::Read,
+  tools.push_back(Tool("regions_list", "Regioes", ToolKind::Read,
                        "As regioes/biomas do mapa: poligono, prioridade, transicao, regras de "
                        "material (camada e peso), de plantas (especie e cobertura) e de relevo.",
                        ForEditor().Closed(), "regions[], max."));
 
-  tools.push_back(Tool("regions_upsert", "regions.upsert", "Criar ou alterar regiao",
-                       ToolKind::Transaction,
+  tools.push_back(Tool("regions_upsert", "Criar ou alterar regiao", ToolKind::Transaction,
                        "Cria uma regiao (sem `id`) ou altera uma (com `id`; so os campos presentes "
                        "mudam, base_revision obrigatoria). Muda so os parametros: o mapa muda com "
                        "regions_apply. Onde regioes se sobrepoem, a de maior prioridade (e menor "
@@ -221,14 +220,14 @@ void AppendRoadTools(std::vector<ToolSpec>& tools) {
                        Mutation(Schema::Object("").Field("region", Region(), true)),
                        "region, created; transaction."));
 
-  tools.push_back(Tool("regions_delete", "regions.delete", "Excluir regioes", ToolKind::Transaction,
+  tools.push_back(Tool("regions_delete", "Excluir regioes", ToolKind::Transaction,
                        "Exclui regioes. Recusa se uma regra de distribuicao usa a regiao como "
                        "area. O que a regiao ja aplicou continua no mapa.",
                        Mutation(Schema::Object("").Field("ids", Ids(64, "Ids (1 a 64)."), true)),
                        "deleted; transaction."));
 
   tools.push_back(Tool(
-      "regions_apply", "regions.apply", "Aplicar regioes", ToolKind::Job,
+      "regions_apply", "Aplicar regioes", ToolKind::Job,
       std::string("Aplica as regioes pedidas (todas, sem `ids`) ao material, as plantas e ao "
                   "relevo (gerador regions-1). Cada amostra combina todas as regioes que a contem, "
                   "pela prioridade: o resultado nao depende da ordem de criacao. Material e "
@@ -243,13 +242,13 @@ void AppendRoadTools(std::vector<ToolSpec>& tools) {
       "generator, samples, details; transaction."));
 
   tools.push_back(
-      Tool("scatter_list", "scatter.list", "Regras de distribuicao", ToolKind::Read,
+      Tool("scatter_list", "Regras de distribuicao", ToolKind::Read,
            "As regras de distribuicao procedural: area (regiao ou poligono), assets com peso, "
            "densidade, semente, filtros e quantas instancias estao livres, ajustadas (a pessoa "
            "mexeu: o gerador nao toca) ou removidas (a pessoa apagou: nao volta).",
            ForEditor().Closed(), "rules[], max."));
 
-  tools.push_back(Tool("scatter_upsert", "scatter.upsert", "Criar ou alterar regra de distribuicao",
+  tools.push_back(Tool("scatter_upsert", "Criar ou alterar regra de distribuicao",
                        ToolKind::Transaction,
                        "Cria uma regra (sem `id`) ou altera uma (com `id`; so os campos presentes "
                        "mudam, base_revision obrigatoria). Muda so os parametros: as instancias "
@@ -258,8 +257,7 @@ void AppendRoadTools(std::vector<ToolSpec>& tools) {
                        Mutation(Schema::Object("").Field("rule", ScatterRule(), true)),
                        "rule, created; transaction."));
 
-  tools.push_back(Tool("scatter_delete", "scatter.delete", "Excluir regras de distribuicao",
-                       ToolKind::Transaction,
+  tools.push_back(Tool("scatter_delete", "Excluir regras de distribuicao", ToolKind::Transaction,
                        "Exclui regras. remove_instances (padrao verdadeiro) apaga as instancias "
                        "livres; as ajustadas pela pessoa ficam como objetos comuns.",
                        Mutation(Schema::Object("")
@@ -268,7 +266,7 @@ void AppendRoadTools(std::vector<ToolSpec>& tools) {
                        "deleted, instances_removed; transaction."));
 
   tools.push_back(Tool(
-      "scatter_run", "scatter.run", "Rodar distribuicao", ToolKind::Job,
+      "scatter_run", "Rodar distribuicao", ToolKind::Job,
       std::string("Gera ou atualiza as instancias da regra (gerador scatter-1): candidatos numa "
                   "grade com tremor pela semente, filtros de area, exclusao, declividade, "
                   "altitude, agua e estradas, e o espacamento minimo. Instancias livres acompanham "

@@ -82,7 +82,7 @@ constexpr const char* kPaintOutput = "changed, label; transaction (o pincel nao 
 
 void AppendTerrainTools(std::vector<ToolSpec>& tools) {
   tools.push_back(
-      Tool("terrain_sculpt", "terrain.sculpt", "Esculpir o relevo", ToolKind::Transaction,
+      Tool("terrain_sculpt", "Esculpir o relevo", ToolKind::Transaction,
            std::string("Aplica tracos de pincel ao relevo, como os pinceis do editor: raise/lower "
                        "(metros no centro), flatten (puxa para target com strength 0-1), set (fixa "
                        "target), smooth, noise. `path` carimba o pincel ao longo de um caminho. As "
@@ -93,7 +93,7 @@ void AppendTerrainTools(std::vector<ToolSpec>& tools) {
            "samples: a janela de amostras alterada; transaction."));
 
   tools.push_back(Tool(
-      "terrain_generate", "terrain.generate", "Gerar relevo", ToolKind::Job,
+      "terrain_generate", "Gerar relevo", ToolKind::Job,
       "Relevo procedural (ruido fBm, gerador fbm-1) numa area ou no mapa inteiro: altura = base + "
       "amplitude * ruido(x/scale, z/scale). mode add soma ao relevo atual; replace substitui. "
       "`falloff` e uma transicao PARA FORA da area: o relevo gerado vai diminuindo ate `falloff` "
@@ -123,8 +123,7 @@ void AppendTerrainTools(std::vector<ToolSpec>& tools) {
       "generator, samples; transaction."));
 
   tools.push_back(Tool(
-      "terrain_heightmap_import", "terrain.heightmap_import", "Importar heightmap",
-      ToolKind::Transaction,
+      "terrain_heightmap_import", "Importar heightmap", ToolKind::Transaction,
       std::string(
           "Escreve no relevo as alturas de uma imagem (PNG de 16 bits; JPG, BMP ou TGA de 8 bits). "
           "A imagem cobre image_bounds no mundo (padrao: o mapa inteiro, ou o mundo inteiro num "
@@ -166,8 +165,7 @@ void AppendTerrainTools(std::vector<ToolSpec>& tools) {
       "num mundo particionado remaining_cells[] {cell, center_x, center_z}; transaction."));
 
   tools.push_back(Tool(
-      "terrain_heightmap_export", "terrain.heightmap_export", "Exportar heightmap",
-      ToolKind::Transaction,
+      "terrain_heightmap_export", "Exportar heightmap", ToolKind::Transaction,
       "Grava as alturas de uma area do relevo aberto num PNG de 16 bits: um pixel a cada `step` "
       "metros (padrao, a grade do relevo), coluna 0 em min_x e linha 0 em min_z; preto e "
       "min_height e branco max_height (padrao: os extremos da area). Nao muda o mundo. Num mundo "
@@ -199,7 +197,7 @@ void AppendTerrainTools(std::vector<ToolSpec>& tools) {
       "particionado), hint."));
 
   tools.push_back(
-      Tool("surface_layers", "surface.layers", "Camadas de material", ToolKind::Transaction,
+      Tool("surface_layers", "Camadas de material", ToolKind::Transaction,
            std::string("Cria ou altera camadas de material do relevo (ate 4). Uma camada tem nome, "
                        "papel (painted: so onde pintada; base: cobre o chao; slope: encostas; "
                        "shore: beira d'agua), cor RGB usada sem textura, escala de repeticao (0,25 "
@@ -211,7 +209,7 @@ void AppendTerrainTools(std::vector<ToolSpec>& tools) {
            "layers: as camadas depois; transaction."));
 
   tools.push_back(
-      Tool("surface_paint", "surface.paint", "Pintar material", ToolKind::Transaction,
+      Tool("surface_paint", "Pintar material", ToolKind::Transaction,
            std::string("Pinta uma camada de material por tracos de pincel ou preenchendo um "
                        "poligono. `layer` e o indice ou o nome da camada (surface_layers). ") +
                kAllOrNothing,
@@ -224,7 +222,7 @@ void AppendTerrainTools(std::vector<ToolSpec>& tools) {
            kPaintOutput));
 
   tools.push_back(Tool(
-      "vegetation_species", "vegetation.species", "Especies de vegetacao", ToolKind::Transaction,
+      "vegetation_species", "Especies de vegetacao", ToolKind::Transaction,
       std::string("Cria ou altera especies de planta do relevo (ate 32): folha de recortes "
                   "(`sheet`) ou malha (`model`, um .glb ou .gltf), tamanho, variacoes e densidade. "
                   "`sheet` e `model` sao nomes de arquivo em assets/terrain do projeto, nao ids de "
@@ -236,8 +234,7 @@ void AppendTerrainTools(std::vector<ToolSpec>& tools) {
                    .Field("update", Schema::Array(SpeciesChange(), "").MaxItems(32), false)),
       "species; transaction."));
 
-  tools.push_back(Tool("vegetation_paint", "vegetation.paint", "Pintar vegetacao",
-                       ToolKind::Transaction,
+  tools.push_back(Tool("vegetation_paint", "Pintar vegetacao", ToolKind::Transaction,
                        std::string("Pinta a cobertura de uma especie por tracos ou poligono. "
                                    "`species` e o nome ou o indice escrito como numero. ") +
                            kAllOrNothing,

@@ -158,7 +158,7 @@ Schema Physics() {
 
 void AppendWaterTools(std::vector<ToolSpec>& tools) {
   tools.push_back(Tool(
-      "water_upsert", "water.upsert", "Criar ou alterar agua", ToolKind::Transaction,
+      "water_upsert", "Criar ou alterar agua", ToolKind::Transaction,
       std::string(
           "Cria (sem id) ou altera (com id) um corpo d'agua ou uma cachoeira. Corpo: kind lake "
           "(contorno de 3 a 64 pontos), river (2 a 64 nos com largura e nivel), sea (um por mapa, "
@@ -171,14 +171,14 @@ void AppendWaterTools(std::vector<ToolSpec>& tools) {
       "body ou waterfall: como em water_list; transaction."));
 
   tools.push_back(
-      Tool("water_delete", "water.delete", "Excluir agua", ToolKind::Transaction,
+      Tool("water_delete", "Excluir agua", ToolKind::Transaction,
            std::string("Exclui corpos d'agua ou cachoeiras por id; as cachoeiras ligadas a um "
                        "corpo excluido ficam automaticas. Exige base_revision. ") +
                kAllOrNothing,
            Mutation(Schema::Object("").Field("ids", Ids(64, ""), true)), "deleted; transaction."));
 
   tools.push_back(
-      Tool("world_configure", "world.configure", "Configurar o mundo", ToolKind::Transaction,
+      Tool("world_configure", "Configurar o mundo", ToolKind::Transaction,
            std::string(
                "Muda o nome do mapa, a faixa de altura do relevo (aparando alturas fora dela), o "
                "ambiente (hora, sol, atmosfera, nevoa, chuva, vento, temperatura, luz ambiente, "
@@ -191,7 +191,7 @@ void AppendWaterTools(std::vector<ToolSpec>& tools) {
                         .Field("physics", Physics(), false)),
            "o que mudou; transaction."));
 
-  tools.push_back(Tool("world_save", "world.save", "Salvar o mundo", ToolKind::Transaction,
+  tools.push_back(Tool("world_save", "Salvar o mundo", ToolKind::Transaction,
                        "Salva o mapa aberto no arquivo dele, com a copia de seguranca do editor "
                        "(Projeto > Copias de seguranca). Nao cria transacao no historico.",
                        EditorAction(ForEditor()), "saved, file, backup, revision."));
