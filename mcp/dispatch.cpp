@@ -1,14 +1,26 @@
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "core/json.h"
-#include "mcp/json_rpc.h"
+#include "mcp/answers.h"
+#include "mcp/eras.h"
+#include "mcp/introduction.h"
 #include "mcp/server.h"
+#include "mcp/tool_list.h"
 
 namespace zorvik::mcp {
 
 using core::Json;
 using core::WriteJson;
+
+namespace {
+
+std::string ClientLabel(const Json& info) {
+  return info.At("name").TextOr("cliente") + " " + info.At("version").TextOr("");
+}
+
+}  // namespace
 
 Server::Server(EditorGateway& editors, Sender sender, Logger logger, Now clock)
     : gateway(editors), send(std::move(sender)), log(std::move(logger)), now(std::move(clock)) {}
@@ -18,7 +30,7 @@ void Server::Receive(std::string_view line) {
   std::string error;
   if (!core::ParseJson(line, document, error)) {
     Log("mensagem invalida: " + error);
-    send(WriteJson(Failure(core::Nothing, kParseError, "Parse error: " + error, Json())));
+    send(WriteJson(Failure(core::Nothing, kParseError, "Parse error: " + error)));
     return;
   }
   if (document.kind != Json::Kind::Array) {
@@ -27,7 +39,7 @@ void Server::Receive(std::string_view line) {
     return;
   }
   if (document.items.empty()) {
-    send(WriteJson(Failure(core::Nothing, kInvalidRequest, "Invalid Request: lote vazio", Json())));
+    send(WriteJson(Failure(core::Nothing, kInvalidRequest, "Invalid Request: lote vazio")));
     return;
   }
   Json answers = Json::Array();
@@ -40,10 +52,9 @@ void Server::Receive(std::string_view line) {
 
 Json Server::Handle(Json message) {
   const Json& version = message.At("jsonrpc");
-  if (version.kind != Json::Kind::Text || version.text != "2.0") {
+  if (version.kind != Json::Kind::Text || version.text != "2.0")
     return Failure(core::Nothing, kInvalidRequest,
-                   "Invalid Request: esperava um objeto JSON-RPC 2.0", Json());
-  }
+                   "Invalid Request: esperava um objeto JSON-RPC 2.0");
   // Responses of the client have no method; the server never asks, so there is nothing to match.
   const Json& method = message.At("method");
   if (method.kind != Json::Kind::Text) return Json();
@@ -52,10 +63,8 @@ Json Server::Handle(Json message) {
     return Json();
   }
   const Json& id = message.At("id");
-  if (id.kind != Json::Kind::Text && !id.IsInteger()) {
-    return Failure(core::Nothing, kInvalidRequest, "Invalid Request: id deve ser texto ou inteiro",
-                   Json());
-  }
+  if (id.kind != Json::Kind::Text && !id.IsInteger())
+    return Failure(core::Nothing, kInvalidRequest, "Invalid Request: id deve ser texto ou inteiro");
   Json params = Json::Object();
   if (Json* given = message.Find("params"); given != nullptr && given->kind == Json::Kind::Object)
     params = std::move(*given);
@@ -64,26 +73,28 @@ Json Server::Handle(Json message) {
 
 Json Server::HandleRequest(const Json& id, const std::string& method, Json params) {
   if (method == "initialize") return Initialize(id, params);
-  Era era;
   Json failure;
-  if (!EraOf(id, params, era, failure)) return failure;
-  if (method == "ping") return Response(id, Result(era, Json::Object()));
-  if (method == "server/discover") return Response(id, Result(era, Discover()));
-  if (method == "tools/list") return Response(id, Result(era, ToolList(era)));
-  if (method == "tools/call") return CallTool(id, era, std::move(params));
+  const std::optional<Era> era = EraOf(id, params, legacy_version, failure);
+  if (!era) return failure;
+  const Json& client = params.At("_meta").At("io.modelcontextprotocol/clientInfo");
+  if (era->stateless && client.kind == Json::Kind::Object) client_label = ClientLabel(client);
+
+  if (method == "ping") return Response(id, Result(*era, Json::Object()));
+  if (method == "server/discover") return Response(id, Result(*era, Discover()));
+  if (method == "tools/list") return Response(id, Result(*era, ToolList(*era)));
+  if (method == "tools/call") return CallTool(id, *era, std::move(params));
   // The level has no effect: the log has none.
-  if (method == "logging/setLevel") return Response(id, Result(era, Json::Object()));
-  return Failure(id, kMethodNotFound, "Method not found: " + method, Json());
+  if (method == "logging/setLevel") return Response(id, Result(*era, Json::Object()));
+  return Failure(id, kMethodNotFound, "Method not found: " + method);
 }
 
-Json Server::Response(const Json& id, Json result) {
-  return Json::Object({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
-}
-
-Json Server::Failure(const Json& id, int code, std::string message, Json data) {
-  Json error = Json::Object({{"code", code}, {"message", std::move(message)}});
-  if (data.kind != Json::Kind::Null) error.Set("data", std::move(data));
-  return Json::Object({{"jsonrpc", "2.0"}, {"id", id}, {"error", std::move(error)}});
+Json Server::Initialize(const Json& id, const Json& params) {
+  const std::string requested = params.At("protocolVersion").TextOr("");
+  legacy_version = SettledVersion(requested);
+  client_label = ClientLabel(params.At("clientInfo"));
+  Log("initialize (legado): cliente pediu " + requested + ", servindo " + *legacy_version +
+      " para " + client_label);
+  return Response(id, Welcome(*legacy_version));
 }
 
 void Server::Log(const std::string& text) {

@@ -3,47 +3,14 @@
 #include <utility>
 #include <vector>
 
-#include "authoring/catalog.h"
 #include "core/json.h"
+#include "mcp/answers.h"
 #include "mcp/server.h"
 
 namespace zorvik::mcp {
 
 using core::EditorRecord;
 using core::Json;
-
-namespace {
-
-// The tool document for an editor's reply. The members of `result` follow `ok` and `revision`, and
-// may replace them.
-Json DocumentOf(Json& reply) {
-  if (!reply.At("ok").BoolOr(false)) {
-    Json* error = reply.Find("error");
-    if (error == nullptr || error->kind != Json::Kind::Object)
-      return Json::Object(
-          {{"ok", false},
-           {"error", authoring::ErrorBody("internal", "Resposta do editor sem erro nem resultado.",
-                                          "", Json())}});
-    return Json::Object({{"ok", false}, {"error", std::move(*error)}});
-  }
-  Json document = Json::Object({{"ok", true}});
-  if (reply.At("revision").kind == Json::Kind::Number)
-    document.Set("revision", reply.At("revision"));
-  Json result;
-  if (Json* found = reply.Find("result")) result = std::move(*found);
-  document.fields.reserve(document.fields.size() + result.fields.size());
-  for (auto& [key, value] : result.fields) {
-    // The keys of `result` differ from each other, so only these two can be there already. Looking
-    // every key up would take quadratic time.
-    if (key == "ok" || key == "revision")
-      document.Set(key, std::move(value));
-    else
-      document.fields.emplace_back(std::move(key), std::move(value));
-  }
-  return document;
-}
-
-}  // namespace
 
 void Server::Poll() {
   std::vector<EditorGateway::Reply> replies;
@@ -69,8 +36,7 @@ void Server::Poll() {
                   ToolError("editor_disconnected",
                             "A conexao com o editor " + editor + " caiu antes da resposta.",
                             "Se era uma alteracao, confira world_info e history antes de repetir; "
-                            "repita com o mesmo request_id para nao aplicar duas vezes.",
-                            Json()));
+                            "repita com o mesmo request_id para nao aplicar duas vezes."));
       call = pending.erase(call);
     }
   }
@@ -86,8 +52,7 @@ void Server::Poll() {
         call->second,
         ToolError("timeout", "O editor nao respondeu a " + call->second.tool + " a tempo.",
                   "Repita com o mesmo request_id: uma alteracao que chegar tarde nao e aplicada "
-                  "duas vezes.",
-                  Json()));
+                  "duas vezes."));
     call = pending.erase(call);
   }
 }
@@ -98,7 +63,8 @@ void Server::Finish(const Pending& call, Json message) {
   const std::string outcome =
       message.At("ok").BoolOr(false) ? "ok" : message.At("error").At("code").TextOr("erro");
   Log(call.tool + " -> " + outcome + " em " + std::to_string(elapsed) + " ms");
-  send(core::WriteJson(ToolAnswer(call.id, call.era, DocumentOf(message))));
+  const Json answer = ToolAnswer(call.id, call.era, ToolDocument(std::move(message)));
+  send(core::WriteJson(answer));
 }
 
 void Server::FinishError(const Pending& call, Json document) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/json.h"
+#include "mcp/answers.h"
 #include "mcp/editor_gateway.h"
 
 namespace zorvik::mcp {
@@ -18,9 +19,9 @@ namespace zorvik::mcp {
 // Turns lines of JSON-RPC into work and work into lines of JSON-RPC. It has no threads, knows no
 // streams, and never waits for an editor: a forwarded call is answered by a later Poll.
 //
-// The parts of it: dispatch.cpp (lines, batches, methods), eras.cpp (protocol versions),
-// shaping.cpp (tool lists and results), tool_calls.cpp (a call up to the editor), pending_calls.cpp
-// (its end).
+// Its members stand in dispatch.cpp (lines, batches, methods), tool_calls.cpp (a call up to the
+// editor) and pending_calls.cpp (how calls end). What leaves by `sender` gets its form in
+// answers.cpp.
 class Server {
  public:
   using Clock = std::chrono::steady_clock;
@@ -40,14 +41,7 @@ class Server {
   std::size_t PendingCount() const { return pending.size(); }
 
  private:
-  // The protocol conditions under which one request is served.
-  struct Era {
-    bool stateless = false;  // The request brought its own version, in `_meta`.
-    std::string version;
-
-    // The oldest version has neither structured results nor titles and output schemas in rows.
-    bool Oldest() const { return !stateless && version == "2025-03-26"; }
-  };
+  using Era = mcp::Era;
 
   // A call that an editor has.
   struct Pending {
@@ -63,11 +57,8 @@ class Server {
   // In all of these a null Json means that there is nothing to send now.
   core::Json Handle(core::Json message);
   core::Json HandleRequest(const core::Json& id, const std::string& method, core::Json params);
-  core::Json CallTool(const core::Json& id, const Era& era, core::Json params);
-
   core::Json Initialize(const core::Json& id, const core::Json& params);
-  // Fills `era`, or returns false with the ready answer in `failure`.
-  bool EraOf(const core::Json& id, const core::Json& params, Era& era, core::Json& failure);
+  core::Json CallTool(const core::Json& id, const Era& era, core::Json params);
 
   // The editor that a call is for: an element of `records`, which is filled, or null with a tool
   // document in `error`.
@@ -79,17 +70,6 @@ class Server {
   void Finish(const Pending& pending, core::Json message);
   void FinishError(const Pending& pending, core::Json document);
   void Log(const std::string& text);
-
-  static core::Json Response(const core::Json& id, core::Json result);
-  static core::Json Failure(const core::Json& id, int code, std::string message, core::Json data);
-  static core::Json Discover();
-  static core::Json Result(const Era& era, core::Json result);
-  static core::Json ToolList(const Era& era);
-  static core::Json ToolError(std::string code, std::string message, std::string hint,
-                              core::Json details);
-  static core::Json ToolResult(const Era& era, core::Json document);
-  // The whole answer of a tool call, from its document.
-  static core::Json ToolAnswer(const core::Json& id, const Era& era, core::Json document);
 
   std::int64_t deadline_ms = 120000;
   EditorGateway& gateway;

@@ -6,7 +6,7 @@
 #include "authoring/catalog.h"
 #include "authoring/validate.h"
 #include "core/json.h"
-#include "mcp/json_rpc.h"
+#include "mcp/answers.h"
 #include "mcp/server.h"
 
 namespace zorvik::mcp {
@@ -38,7 +38,7 @@ Json TakeForwarded(Json& arguments) {
 Json Server::CallTool(const Json& id, const Era& era, Json params) {
   const std::string name = params.At("name").TextOr("");
   const authoring::ToolSpec* tool = authoring::FindTool(name);
-  if (tool == nullptr) return Failure(id, kInvalidParams, "Unknown tool: " + name, Json());
+  if (tool == nullptr) return Failure(id, kInvalidParams, "Unknown tool: " + name);
 
   Json arguments = Json::Object();
   if (Json* given = params.Find("arguments"); given != nullptr && given->kind != Json::Kind::Null)
@@ -72,7 +72,7 @@ Json Server::CallTool(const Json& id, const Era& era, Json params) {
     return ToolAnswer(id, era,
                       ToolError("editor_disconnected",
                                 "Sem conexao com o editor " + editor->editor_id + ": " + error,
-                                "O editor pode ter fechado; chame editor_list.", Json()));
+                                "O editor pode ter fechado; chame editor_list."));
   }
 
   Pending call;
@@ -96,8 +96,7 @@ const EditorRecord* Server::Target(const Json& arguments, std::vector<EditorReco
 
   if (wanted.empty() && records.empty()) {
     error = ToolError("no_editor", "Nenhum editor de mundo da ZORVIK aberto com a ponte de IA.",
-                      "Abra o editor (zorvik_studio) no projeto e confira Executar > Permitir IA.",
-                      Json());
+                      "Abra o editor (zorvik_studio) no projeto e confira Executar > Permitir IA.");
     return nullptr;
   }
   Json ids = Json::Array();

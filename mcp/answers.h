@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+
+#include "core/json.h"
+
+// The way out: everything that the server says to a client takes its form here.
+namespace zorvik::mcp {
+
+// The codes of JSON-RPC errors: for messages that can't be served at all. A tool call that fails is
+// a successful response whose result says so.
+inline constexpr int kParseError = -32700;
+inline constexpr int kInvalidRequest = -32600;
+inline constexpr int kMethodNotFound = -32601;
+inline constexpr int kInvalidParams = -32602;
+inline constexpr int kUnsupportedVersion = -32022;
+
+// The protocol conditions under which one request is served and its answer shaped.
+struct Era {
+  bool stateless = false;  // The request brought its own version, in `_meta`.
+  std::string version;
+
+  // The oldest version has neither structured results nor titles and output schemas in rows.
+  bool Oldest() const { return !stateless && version == "2025-03-26"; }
+};
+
+// The two messages that answer a request. An error with null `data` has no such key.
+core::Json Response(const core::Json& id, core::Json result);
+core::Json Failure(const core::Json& id, int code, std::string message, core::Json data = {});
+
+// The result with what its era wants on every result.
+core::Json Result(const Era& era, core::Json result);
+
+// A tool document is what a tool has to say: `ok`, then its members or the `error`. This one tells
+// why a call failed; an empty hint and null details are left out.
+core::Json ToolError(std::string code, std::string message, std::string hint,
+                     core::Json details = {});
+// The tool document for an editor's reply. The members of its `result` follow `ok` and `revision`,
+// and may replace them.
+core::Json ToolDocument(core::Json reply);
+// The result of a tool call: the document as text, its images as content blocks, and but for the
+// oldest version the document itself.
+core::Json ToolResult(const Era& era, core::Json document);
+// The whole answer of a tool call, from its document.
+core::Json ToolAnswer(const core::Json& id, const Era& era, core::Json document);
+
+}  // namespace zorvik::mcp
