@@ -30,13 +30,13 @@ struct ToolSpec {
 // The catalog, in its fixed order. Built at the first call.
 const std::vector<ToolSpec>& Tools();
 
-// The row of that name, byte for byte, or null.
+// The row with exactly that name, or null.
 const ToolSpec* FindTool(std::string_view name);
-// The same by the bridge operation.
+// The row with exactly that operation, or null.
 const ToolSpec* FindOperation(std::string_view operation);
 
-// The `error` object of a failed tool call: code and message, then hint unless it is empty, then
-// details unless they are null.
+// The `error` object of a failed tool call: code and message, then the hint unless it is empty,
+// then the details unless they are null.
 core::Json ErrorBody(std::string code, std::string message, std::string hint, core::Json details);
 
 }  // namespace zorvik::authoring

@@ -7,7 +7,7 @@
 #include "authoring/schema.h"
 
 // The pieces that several rows of the catalog share, each defined once. A fragment that takes a
-// base gives back a copy of it with its own fields behind.
+// base returns a copy of it with the fragment's fields at the end.
 namespace zorvik::authoring {
 
 // The closing sentence of a row whose call changes everything or nothing.
@@ -19,7 +19,7 @@ inline constexpr const char* kRunsAsJob =
     "aplicar, confere o que a pessoa mudou nos mesmos elementos enquanto calculava (conflict).";
 
 // Makes a row. Its operation has the same name with a dot in the place of the first underscore.
-// `output_description` names in words the members that the tool adds to its answer.
+// `output_description` says in words which members the tool adds to its answer.
 ToolSpec Tool(const char* name, const char* title, ToolKind kind, std::string description,
               const Schema& input, std::string_view output_description, bool local = false);
 
@@ -51,20 +51,20 @@ Schema Id(std::string_view description);
 Schema Ids(int max_items, std::string_view description);
 // The seed of a generator: an unsigned 32-bit integer.
 Schema Seed(std::string_view description);
-// A color: exactly three times `component`.
+// A color: a list of exactly three components.
 Schema Rgb(Schema component, std::string_view description);
 
 // A rectangle on the ground.
 Schema Bounds(std::string_view description);
-// A circle in plan.
+// A circle on the ground.
 Schema Near();
 Schema Point2();
-// Three optional components.
+// A vector, of which each component may be missing.
 Schema Vec3(std::string_view description);
-// The body of who walks.
+// The body of somebody who walks.
 Schema Body(std::string_view description);
 
-// Brush strokes: `sculpt` for the terrain, otherwise for painting.
+// Brush strokes, which either sculpt the terrain or paint on it.
 Schema Strokes(bool sculpt);
 Schema Polygon();
 
@@ -72,7 +72,7 @@ Schema Polygon();
 Schema ObjectFields(Schema base, bool create);
 // How an asset is compiled.
 Schema AssetCompileFields(Schema base);
-// What shapes a building.
+// What a building looks like.
 Schema BuildingFields(Schema base);
 
 }  // namespace zorvik::authoring

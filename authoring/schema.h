@@ -8,7 +8,7 @@
 
 namespace zorvik::authoring {
 
-// A fluent builder for the JSON Schema documents of the catalog. Keys land in the order of the
+// A fluent builder for the JSON Schema documents of the catalog. Keys stand in the order of the
 // calls, which is the order on the wire. It checks nothing: its input is the program's own catalog.
 class Schema {
  public:
@@ -31,8 +31,8 @@ class Schema {
   // Whether the object takes fields that it doesn't declare.
   Schema& Closed();
   Schema& Open();
-  // Declares a field, or replaces its schema in its old place. A required one is appended to
-  // `required`, each time it is given.
+  // Declares a field, or replaces the schema of one that is declared already. Each call with
+  // `required` set appends the name to the schema's `required`.
   Schema& Field(std::string_view name, Schema schema, bool required);
 
   const core::Json& Document() const { return document; }

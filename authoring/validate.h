@@ -6,9 +6,9 @@
 
 namespace zorvik::authoring {
 
-// Checks `value` against the subset of JSON Schema that Schema writes, up to the first fault. True:
-// it fits, and both texts are empty. False: `field` holds the path of the fault (empty for the
-// document itself) and `reason` a Portuguese text that tells it.
+// Checks `value` against the subset of JSON Schema that Schema writes, up to the first fault.
+// Returns true, with both texts empty, when it fits. Otherwise `field` holds the path of the fault,
+// which is empty for the document itself, and `reason` tells it in Portuguese.
 bool Validate(const core::Json& schema, const core::Json& value, std::string& field,
               std::string& reason);
 

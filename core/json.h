@@ -29,7 +29,8 @@ struct Json {
     Object = 5,
   };
   using Field = std::pair<std::string, Json>;
-  // What a message is written of: Object({{"id", id}, {"result", std::move(result)}}).
+  // The parts of a message that is written as one expression, as in
+  // Object({{"id", id}, {"result", std::move(result)}}).
   struct Value;
   struct Member;
 
@@ -51,7 +52,7 @@ struct Json {
   static Json Array();
   static Json Array(std::initializer_list<Value> values);
   static Json Object();
-  // The keys have to differ from each other: they aren't compared.
+  // The caller keeps the keys different from each other; they aren't compared.
   static Json Object(std::initializer_list<Member> members);
 
   // The value of the first field of that key; `Nothing` when there is none or this is no object.
@@ -78,15 +79,15 @@ struct Json {
   Json& Add(Json value);
 };
 
-// A value at its place in a message. An initializer list hands out constants only; what is mutable
-// can be moved out of it all the same.
+// A value on its way into a message. An initializer list hands out constant elements; a mutable
+// member can be moved out of them all the same.
 struct Json::Value {
   Value(Json value) : json(std::move(value)) {}
   Value(std::string value) : json(Text(std::move(value))) {}
   Value(std::string_view value) : json(Text(std::string(value))) {}
   Value(const char* value) : json(Text(value)) {}
   Value(std::nullptr_t) = delete;
-  // Templates convert nothing, so no pointer becomes a truth value on its way in.
+  // Templates, since they convert nothing: a plain `bool` would take any pointer.
   Value(std::floating_point auto value) : json(Number(static_cast<double>(value))) {}
   Value(std::integral auto value)
       : json(std::same_as<decltype(value), bool> ? Bool(value != 0)

@@ -7,8 +7,8 @@
 // The way out: everything that the server says to a client takes its form here.
 namespace zorvik::mcp {
 
-// The codes of JSON-RPC errors: for messages that can't be served at all. A tool call that fails is
-// a successful response whose result says so.
+// The codes of JSON-RPC errors, which answer messages that can't be served at all. A tool call that
+// fails gets a successful response, and its result says so.
 inline constexpr int kParseError = -32700;
 inline constexpr int kInvalidRequest = -32600;
 inline constexpr int kMethodNotFound = -32601;
@@ -24,22 +24,23 @@ struct Era {
   bool Oldest() const { return !stateless && version == "2025-03-26"; }
 };
 
-// The two messages that answer a request. An error with null `data` has no such key.
+// The two messages that answer a request. Null `data` is left out.
 core::Json Response(const core::Json& id, core::Json result);
 core::Json Failure(const core::Json& id, int code, std::string message, core::Json data = {});
 
-// The result with what its era wants on every result.
+// The result, with what its era adds to all results.
 core::Json Result(const Era& era, core::Json result);
 
-// A tool document is what a tool has to say: `ok`, then its members or the `error`. This one tells
-// why a call failed; an empty hint and null details are left out.
+// A tool document is what a tool has to say: `ok`, then either its own members or `error`.
+
+// The document of a call that failed. An empty hint and null details are left out.
 core::Json ToolError(std::string code, std::string message, std::string hint,
                      core::Json details = {});
-// The tool document for an editor's reply. The members of its `result` follow `ok` and `revision`,
+// The document for an editor's reply. The members of its `result` follow `ok` and `revision`,
 // and may replace them.
 core::Json ToolDocument(core::Json reply);
-// The result of a tool call: the document as text, its images as content blocks, and but for the
-// oldest version the document itself.
+// The result of a tool call: the document as text, its images as content blocks, and, in all but
+// the oldest version, the document itself.
 core::Json ToolResult(const Era& era, core::Json document);
 // The whole answer of a tool call, from its document.
 core::Json ToolAnswer(const core::Json& id, const Era& era, core::Json document);

@@ -55,7 +55,7 @@ Json Server::Handle(Json message) {
   if (version.kind != Json::Kind::Text || version.text != "2.0")
     return Failure(core::Nothing, kInvalidRequest,
                    "Invalid Request: esperava um objeto JSON-RPC 2.0");
-  // Responses of the client have no method; the server never asks, so there is nothing to match.
+  // Without a method it is a response. The server never asks anything, so nothing waits for it.
   const Json& method = message.At("method");
   if (method.kind != Json::Kind::Text) return Json();
   if (!message.Has("id")) {

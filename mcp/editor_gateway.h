@@ -24,12 +24,12 @@ class EditorGateway {
 
   // The editors that are open now.
   virtual std::vector<core::EditorRecord> List() = 0;
-  // Hands `request`, a whole message, to the transport. False, with the reason in `error`, when it
-  // won't reach the editor.
+  // Hands `request`, a whole message, to the transport. Returns false, with the reason in `error`,
+  // when it won't reach the editor.
   virtual bool Send(const core::EditorRecord& editor, const core::Json& request,
                     std::string& error) = 0;
-  // Appends what has arrived to `replies`, and to `lost` the ids of the editors whose connection
-  // has just ended, perhaps twice. Doesn't wait.
+  // Appends what has arrived to `replies`, and the id of each editor whose connection has just
+  // ended to `lost`; an id may come twice. Never waits.
   virtual void Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) = 0;
 };
 

@@ -5,15 +5,15 @@
 
 namespace zorvik::mcp {
 
-// The log of one process: each line goes to standard error and, with a time stamp, into a file
-// that is rewritten as a whole. The file holds at most 262,144 bytes; a line that takes it beyond
-// that cuts it to its last 131,072.
+// The log of one process. Each line goes to standard error and, with a time stamp, into a file that
+// is rewritten as a whole. When a line takes it beyond 262,144 bytes, only its last 131,072 stay.
 class LogFile {
  public:
-  // An empty path means standard error only. A file that is there already is not read.
+  // An empty path means standard error only. A file that exists already is replaced by the first
+  // line.
   explicit LogFile(std::filesystem::path file);
 
-  // Never fails: a line that couldn't be written to the file goes there with the next one.
+  // Never fails: a line that couldn't be written to the file goes into it with the next one.
   void Line(const std::string& line);
 
  private:

@@ -41,7 +41,7 @@ void Run(zorvik::mcp::LogFile& log) {
     channel.Poll(lines, closed);
     for (const std::string& line : lines) server.Receive(line);
     server.Poll();
-    // What a burst of messages took goes back soon after it.
+    // The memory that a burst of messages took goes back to the system soon after it.
     worked = worked || !lines.empty() || server.PendingCount() != 0;
     if (worked && Clock::now() >= release_memory) {
       zorvik::core::ReleaseSpareMemory();

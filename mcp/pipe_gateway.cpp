@@ -46,7 +46,7 @@ void PipeGateway::Poll(std::vector<Reply>& replies, std::vector<std::string>& lo
     for (std::string& line : lines) {
       Json message;
       const bool valid = core::ParseJson(line, message, error);
-      // An answer with an image is large; its line is of no use any more.
+      // An answer with an image is large, and once it is read its line is of no use any more.
       std::string().swap(line);
       if (!valid) continue;
       if (message.At("id").IntOr(-1) != 0) {

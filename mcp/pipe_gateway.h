@@ -11,9 +11,9 @@
 
 namespace zorvik::mcp {
 
-// The gateway over local pipes: one connection for each editor, opened by the first Send and opened
-// again by the next one after it fell. Says hello on each new connection and never waits for the
-// answer. It has no timers and repeats nothing.
+// The gateway over local pipes, with one connection for each editor. The first Send opens it, and
+// so does the next Send after it was lost. Each new connection starts with a hello, whose answer is
+// not waited for. There are no timers, and nothing is repeated.
 class PipeGateway : public EditorGateway {
  public:
   std::vector<core::EditorRecord> List() override;
@@ -23,7 +23,7 @@ class PipeGateway : public EditorGateway {
 
  private:
   struct Link {
-    core::EditorRecord record;  // With which the connection was last opened.
+    core::EditorRecord record;  // As it was when the connection was opened.
     core::LocalPipeClient client;
   };
 

@@ -29,8 +29,8 @@ class Server {
   using Logger = std::function<void(const std::string&)>;
   using Now = std::function<Clock::time_point()>;
 
-  // `editors` must outlive the server. `sender` writes one protocol line; `logger` one log line,
-  // and may be empty. `clock` is that of the deadlines.
+  // `editors` must outlive the server. `sender` writes one protocol line. `logger` writes one log
+  // line, and may be empty. `clock` times the calls and their deadlines.
   Server(EditorGateway& editors, Sender sender, Logger logger, Now clock = Clock::now);
 
   // Handles one line, without its line feed, and writes any answer that is due now.
@@ -43,7 +43,7 @@ class Server {
  private:
   using Era = mcp::Era;
 
-  // A call that an editor has.
+  // A call that an editor has and hasn't answered yet.
   struct Pending {
     core::Json id;  // The client's.
     Era era;        // Shapes the answer, whatever was negotiated since.
@@ -54,14 +54,14 @@ class Server {
     Clock::time_point deadline;
   };
 
-  // In all of these a null Json means that there is nothing to send now.
+  // All of these return the answer, or a null Json when there is nothing to send now.
   core::Json Handle(core::Json message);
   core::Json HandleRequest(const core::Json& id, const std::string& method, core::Json params);
   core::Json Initialize(const core::Json& id, const core::Json& params);
   core::Json CallTool(const core::Json& id, const Era& era, core::Json params);
 
-  // The editor that a call is for: an element of `records`, which is filled, or null with a tool
-  // document in `error`.
+  // Fills `records` and returns the one among them that the call is for. Null, with a tool document
+  // in `error`, when that one isn't open or can't be told.
   const core::EditorRecord* Target(const core::Json& arguments,
                                    std::vector<core::EditorRecord>& records, core::Json& error);
   core::Json EditorList();

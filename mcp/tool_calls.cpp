@@ -24,7 +24,7 @@ bool ValidArguments(const authoring::ToolSpec& tool, const Json& arguments, std:
   return false;
 }
 
-// Takes the arguments as an editor gets them: which editor was meant is the server's business.
+// Moves out the arguments that the editor gets: which editor was meant is the server's business.
 Json TakeForwarded(Json& arguments) {
   Json forwarded = Json::Object();
   forwarded.fields.reserve(arguments.fields.size());
