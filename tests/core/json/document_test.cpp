@@ -19,11 +19,9 @@ TEST(JsonTest, LookupsThatFindNothingCanBeChained) {
   Json object;
   object.Set("n", Json::Int(1));
   object.Set("list", Json::Array()).Add(Json::Text("a"));
-  EXPECT_EQ(&object.At("absent"), &Nothing);
-  EXPECT_EQ(&object[0], &Nothing);
-  EXPECT_EQ(&object.At("n").At("deeper"), &Nothing);
-  EXPECT_EQ(&object.At("list").At("a"), &Nothing);
-  EXPECT_EQ(&object.At("list")[1], &Nothing);
+  for (const Json* absent : {&object.At("absent"), &object[0], &object.At("n").At("deeper"),
+                             &object.At("list").At("a"), &object.At("list")[1]})
+    EXPECT_EQ(absent, &Nothing);
   EXPECT_EQ(object.At("absent")[3].At("x").TextOr("fallback"), "fallback");
   EXPECT_EQ(object.At("list")[0].TextOr("fallback"), "a");
   EXPECT_TRUE(object.Has("n"));
@@ -67,9 +65,7 @@ TEST(JsonTest, ReadsScalarsOfItsKindOnly) {
     std::int64_t whole;
     bool is_integer;
   } cases[] = {
-      {3, 3, true},
       {-0.0, 0, true},
-      {2.9, 2, false},
       {-2.9, -2, false},
       {9007199254740992.0, 9007199254740992, true},
       {-9007199254740992.0, -9007199254740992, true},
@@ -79,7 +75,6 @@ TEST(JsonTest, ReadsScalarsOfItsKindOnly) {
       {9223372036854775808.0, kLeast, false},
       {-1e300, kLeast, false},
       {std::numeric_limits<double>::quiet_NaN(), kLeast, false},
-      {std::numeric_limits<double>::infinity(), kLeast, false},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(Json::Number(c.number).IntOr(7), c.whole) << c.number;
@@ -92,28 +87,21 @@ TEST(JsonTest, ReadsScalarsOfItsKindOnly) {
   EXPECT_FALSE(Json::Bool(false).BoolOr(true));
 }
 
-TEST(JsonTest, SetKeepsThePlaceOfAKey) {
-  Json object = Json::Text("lost");
-  object.Set("a", Json::Int(1));
+TEST(JsonTest, SetKeepsThePlaceOfAKeyAndDropsWhatIsNoObject) {
+  Json object = Json::Text("a key that is too long to stand inside the string object");
+  object.Set(object.text, Json::Int(1));  // The key is part of what is dropped.
   object.Set("b", Json::Int(2));
-  EXPECT_EQ(&object.Set("a", Json::Text("new")), &object.fields[0].second);
-  EXPECT_EQ(WriteJson(object), R"({"a":"new","b":2})");
-  EXPECT_EQ(object.text, "");
+  EXPECT_EQ(&object.Set(object.fields[0].first, Json::Text("new")), &object.fields[0].second);
+  EXPECT_EQ(WriteJson(object),
+            R"({"a key that is too long to stand inside the string object":"new","b":2})");
+  for (int i = 0; i < 3; ++i) object.Set(object.fields.back().first + "!", Json());
+  EXPECT_EQ(object.fields[4].first, "b!!!");
 
   Json list = object;
   list.Add(Json::Int(3));
   EXPECT_EQ(WriteJson(list), "[3]");
   EXPECT_TRUE(list.fields.empty());
-  EXPECT_EQ(object.fields.size(), 2U);
-}
-
-TEST(JsonTest, SetTakesAKeyOutOfWhatItDrops) {
-  Json json = Json::Text("a key that is too long to stand inside the string object");
-  json.Set(json.text, Json::Int(1));
-  for (int i = 0; i < 3; ++i) json.Set(json.fields.back().first + "!", Json());
-  EXPECT_EQ(json.At("a key that is too long to stand inside the string object!!!").kind,
-            Json::Kind::Null);
-  EXPECT_EQ(json.fields.size(), 4U);
+  EXPECT_EQ(object.fields.size(), 5U);
 }
 
 }  // namespace
