@@ -12,17 +12,10 @@
 namespace zorvik::core {
 namespace {
 
-using tests::WriteText;
-
-constexpr const char* kDeadPid = "2147483647";
-
 class EditorRegistryTest : public testing::Test {
  protected:
-  std::filesystem::path File(const std::string& name) const { return home.Editors() / name; }
-  static std::vector<std::string> ListedIds() {
-    std::vector<std::string> ids;
-    for (const EditorRecord& record : ListEditorRecords()) ids.push_back(record.editor_id);
-    return ids;
+  std::filesystem::path File(const std::string& name) const {
+    return home.Editors() / (name + ".json");
   }
 
   tests::TemporaryHome home;
@@ -49,25 +42,21 @@ TEST_F(EditorRegistryTest, ARecordComesBackAsItWasWritten) {
   const EditorRecord record = {"ed\"1",   "cano",  "segredo",         "zorvik-bridge/1",
                                "9.1",     "proj",  "Projeto",         "mundo",
                                "mundo-7", "ontem", CurrentProcessId()};
+  const std::string text =
+      "{\"editor_id\":\"ed\\\"1\",\"pid\":" + own_pid +
+      ",\"pipe\":\"cano\",\"token\":\"segredo\",\"bridge\":\"zorvik-bridge/1\","
+      "\"engine_version\":\"9.1\",\"project\":\"proj\",\"project_name\":\"Projeto\","
+      "\"world\":\"mundo\",\"world_id\":\"mundo-7\",\"started\":\"ontem\"}\n";
   ASSERT_EQ(WriteEditorRecord(record).status, WriteStatus::Ok);
-  EXPECT_EQ(tests::ReadText(File(own_pid + ".json")),
-            "{\"editor_id\":\"ed\\\"1\",\"pid\":" + own_pid +
-                ",\"pipe\":\"cano\",\"token\":\"segredo\",\"bridge\":\"zorvik-bridge/1\","
-                "\"engine_version\":\"9.1\",\"project\":\"proj\",\"project_name\":\"Projeto\","
-                "\"world\":\"mundo\",\"world_id\":\"mundo-7\",\"started\":\"ontem\"}\n");
+  EXPECT_EQ(tests::ReadText(File(own_pid)), text);
   const std::vector<EditorRecord> listed = ListEditorRecords();
   ASSERT_EQ(listed.size(), 1U);
-  const EditorRecord& back = listed[0];
-  const auto texts = [](const EditorRecord& r) {
-    return std::vector<std::string>{r.editor_id,      r.pipe,    r.token,        r.bridge,
-                                    r.engine_version, r.project, r.project_name, r.world,
-                                    r.world_id,       r.started};
-  };
-  EXPECT_EQ(texts(back), texts(record));
-  EXPECT_EQ(back.pid, record.pid);
   RemoveEditorRecord(record.pid);
   RemoveEditorRecord(record.pid);
   EXPECT_TRUE(std::filesystem::is_empty(home.Editors()));
+  // All that was read is written once more.
+  WriteEditorRecord(listed[0]);
+  EXPECT_EQ(tests::ReadText(File(own_pid)), text);
 }
 
 TEST_F(EditorRegistryTest, ListsWhatLeadsToALiveEditorAndDeletesOnlyTheDead) {
@@ -75,31 +64,33 @@ TEST_F(EditorRegistryTest, ListsWhatLeadsToALiveEditorAndDeletesOnlyTheDead) {
   EXPECT_FALSE(std::filesystem::exists(home.Editors()));
 
   // The file's name plays no part but for the order among equal pids; nor do further keys.
-  for (const std::string& name : std::vector<std::string>{"d", "9", "b", "10", "a", "c"}) {
-    WriteText(File(name + ".json"),
-              R"({"x":[1],"pipe":"p","editor_id":")" + name + R"(","pid":)" + own_pid + ".9}");
+  for (const std::string name : {"d", "9", "b", "10", "a", "c"}) {
+    tests::WriteText(File(name), R"({"x":[1],"pipe":"p","editor_id":")" + name + R"(","pid":)" +
+                                     own_pid + ".9}");
   }
-  WriteText(File("sem-id.json"), R"({"pid":)" + own_pid + R"(,"pipe":"p","token":5})");
+  tests::WriteText(File("sem-id"), R"({"pid":)" + own_pid + R"(,"pipe":"p","token":5})");
   const std::string live = R"({"editor_id":"z","pipe":"p","pid":)" + own_pid + "}";
-  const std::pair<const char*, std::string> kKept[] = {
-      {"notes.txt", live},
-      {"1234.JSON", live},
-      {"1.json.tmp", live},
-      {"vazio.json", ""},
-      {"lista.json", "[" + live + "]"},
-      {"cortado.json", live.substr(0, live.size() - 1)},
-      {"texto.json", R"({"pipe":"p","pid":")" + own_pid + "\"}"},
-      {"zero.json", R"({"pipe":"p","pid":4294967296})"},
-      {"sem-cano.json", std::string(R"({"pid":)") + kDeadPid + "}"},
+  const std::string dead = R"({"editor_id":"z","pipe":"p","pid":2147483647})";
+  const std::pair<std::filesystem::path, std::string> kept[] = {
+      {home.Editors() / "notes.txt", live},
+      {home.Editors() / "1234.JSON", live},
+      {home.Editors() / "1.json.tmp", dead},
+      {File("vazio"), ""},
+      {File("lista"), "[" + live + "]"},
+      {File("cortado"), dead.substr(0, dead.size() - 1)},
+      {File("texto"), R"({"pipe":"p","pid":")" + own_pid + "\"}"},
+      {File("zero"), R"({"pipe":"p","pid":4294967296})"},
+      {File("sem-cano"), R"({"pid":2147483647})"},
+      {File("pasta") / "dentro", ""},
   };
-  for (const auto& [name, text] : kKept) WriteText(File(name), text);
-  std::filesystem::create_directories(File("pasta.json") / "dentro");
-  WriteText(File("morto.json"), std::string(R"({"pipe":"p","pid":)") + kDeadPid + "}");
+  for (const auto& [path, text] : kept) tests::WriteText(path, text);
+  tests::WriteText(File("morto"), dead);
 
-  EXPECT_EQ(ListedIds(), (std::vector<std::string>{"10", "9", "a", "b", "c", "d", ""}));
-  for (const auto& [name, text] : kKept) EXPECT_TRUE(std::filesystem::exists(File(name))) << name;
-  EXPECT_TRUE(std::filesystem::exists(File("pasta.json") / "dentro"));
-  EXPECT_FALSE(std::filesystem::exists(File("morto.json")));
+  std::vector<std::string> ids;
+  for (const EditorRecord& record : ListEditorRecords()) ids.push_back(record.editor_id);
+  EXPECT_EQ(ids, (std::vector<std::string>{"10", "9", "a", "b", "c", "d", ""}));
+  for (const auto& [path, text] : kept) EXPECT_TRUE(std::filesystem::exists(path)) << path;
+  EXPECT_FALSE(std::filesystem::exists(File("morto")));
 }
 
 }  // namespace

@@ -18,6 +18,10 @@ class FileWriteTest : public testing::Test {
  protected:
   ~FileWriteTest() override { InjectWriteFailure(WriteStep::None); }
 
+  static WriteStatus Status(const std::filesystem::path& path) {
+    return WriteFileDurably(path, "x", FileEncoding::Binary).status;
+  }
+
   tests::TemporaryHome home;
   std::filesystem::path target = home.Path() / "a" / "b" / "nome.json";
   std::filesystem::path temporary = home.Path() / "a" / "b" / "nome.json.tmp";
@@ -39,9 +43,8 @@ TEST_F(FileWriteTest, WritesABareNameInTheWorkingFolder) {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(home.Path());
   InjectWriteFailure(WriteStep::CreateFolder);  // Never reached: there is no folder to make.
-  const WriteResult result = WriteFileDurably("solto", "x", FileEncoding::Binary);
+  EXPECT_EQ(Status("solto"), WriteStatus::Ok);
   std::filesystem::current_path(before);
-  EXPECT_EQ(result.status, WriteStatus::Ok);
   EXPECT_EQ(ReadText(home.Path() / "solto"), "x");
 }
 
@@ -73,21 +76,17 @@ TEST_F(FileWriteTest, AForcedFailureKeepsTheEarlierFileAndFiresOnce) {
     EXPECT_EQ(result.path, platform::PathText(target));
     EXPECT_EQ(ReadText(target), "antes");
     EXPECT_FALSE(std::filesystem::exists(temporary)) << c.message;
-    EXPECT_EQ(WriteFileDurably(target, "depois", FileEncoding::Binary).message, "");
-    EXPECT_EQ(ReadText(target), "depois");
+    EXPECT_EQ(Status(target), WriteStatus::Ok);
   }
 }
 
 TEST_F(FileWriteTest, RealFailuresComeFirstAndLeaveAForcedOneArmed) {
-  const auto status = [](const std::filesystem::path& path) {
-    return WriteFileDurably(path, "x", FileEncoding::Binary).status;
-  };
   InjectWriteFailure(WriteStep::SyncTemporary);
   WriteText(home.Path() / "arquivo", "não é pasta");
-  EXPECT_EQ(status(home.Path() / "arquivo" / "x"), WriteStatus::FolderFailed);
+  EXPECT_EQ(Status(home.Path() / "arquivo" / "x"), WriteStatus::FolderFailed);
   std::filesystem::create_directories(home.Path() / "y.tmp" / "dentro");
-  EXPECT_EQ(status(home.Path() / "y"), WriteStatus::WriteFailed);
-  EXPECT_EQ(status(target), WriteStatus::WriteFailed);  // The forced one.
+  EXPECT_EQ(Status(home.Path() / "y"), WriteStatus::WriteFailed);
+  EXPECT_EQ(Status(target), WriteStatus::WriteFailed);  // The forced one.
   std::filesystem::create_directories(target / "dentro");
   std::string error;
   EXPECT_FALSE(WriteFileReplacing(target, "x", error));
@@ -96,27 +95,22 @@ TEST_F(FileWriteTest, RealFailuresComeFirstAndLeaveAForcedOneArmed) {
 }
 
 TEST_F(FileWriteTest, AWriterThatGivesUpDecidesTheMessage) {
-  WriteText(target, "antes");
-  for (const std::string& reason : {std::string("x"), std::string()}) {
-    const auto give_up = [&reason](std::ostream& stream, std::string& text) {
-      stream << "metade";
-      stream.setstate(std::ios::failbit);  // The writer's word outweighs the stream's state.
-      text = reason;
-      return false;
-    };
-    const WriteResult result = WriteFileDurably(target, give_up, FileEncoding::Binary);
-    EXPECT_EQ(result.status, WriteStatus::ContentFailed);
-    EXPECT_EQ(result.message,
-              reason.empty() ? "o conteúdo de nome.json não pôde ser produzido." : reason);
-    EXPECT_EQ(ReadText(target), "antes");
-    EXPECT_FALSE(std::filesystem::exists(temporary));
-  }
-  const auto break_stream = [](std::ostream& stream, std::string&) {
-    stream.setstate(std::ios::badbit);
-    return true;
+  std::string reason;
+  bool produced = false;
+  const auto writer = [&](std::ostream& stream, std::string& text) {
+    stream << "metade";
+    stream.setstate(std::ios::failbit);  // The writer's word outweighs the stream's state.
+    text = reason;
+    return produced;
   };
-  EXPECT_EQ(WriteFileDurably(target, break_stream, FileEncoding::Binary).status,
-            WriteStatus::WriteFailed);
+  const auto write = [&] { return WriteFileDurably(target, writer, FileEncoding::Binary); };
+  EXPECT_EQ(write().message, "o conteúdo de nome.json não pôde ser produzido.");
+  reason = "x";
+  EXPECT_EQ(write().message, "x");
+  EXPECT_EQ(write().status, WriteStatus::ContentFailed);
+  produced = true;
+  EXPECT_EQ(write().status, WriteStatus::WriteFailed);
+  EXPECT_TRUE(std::filesystem::is_empty(target.parent_path()));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <ctime>
 #include <iomanip>
@@ -26,14 +25,14 @@ TEST(ProcessTest, ThisProcessIsAliveAndImpossibleOnesAreNot) {
     EXPECT_FALSE(ProcessAlive(pid)) << pid;
 }
 
-TEST(ProcessTest, RandomHexGivesTwoDigitsAByteAndNoTwoAlike) {
-  std::set<std::string> seen;
-  for (const int bytes : {16, 16, 16, 1000}) {
-    const std::string text = RandomHex(bytes);
-    EXPECT_EQ(text.size(), static_cast<std::size_t>(bytes) * 2);
-    EXPECT_EQ(text.find_first_not_of("0123456789abcdef"), std::string::npos) << text;
-    EXPECT_TRUE(seen.insert(text).second);
-  }
+TEST(ProcessTest, RandomHexGivesTwoDigitsAByteOfWhichEachTakesAllValues) {
+  const std::string text = RandomHex(1000);
+  ASSERT_EQ(text.size(), 2000U);
+  std::array<std::set<char>, 2> digits;
+  for (std::size_t i = 0; i < text.size(); ++i) digits[i % 2].insert(text[i]);
+  for (const auto& seen : digits)
+    EXPECT_EQ(std::string(seen.begin(), seen.end()), "0123456789abcdef");
+  EXPECT_NE(RandomHex(16), RandomHex(16));
   EXPECT_EQ(RandomHex(0).size(), 2U);
   EXPECT_EQ(RandomHex(-3).size(), 2U);
 }
@@ -52,28 +51,14 @@ TEST(ProcessTest, TheTimestampIsLocalTimeNow) {
   std::tm time = {};
   std::istringstream stamp(LocalTimestamp());
   stamp >> std::get_time(&time, "%Y-%m-%dT%H:%M:%S");
-  EXPECT_EQ(stamp.str().size(), 19U);
   EXPECT_FALSE(stamp.fail());
   time.tm_isdst = -1;
   EXPECT_LT(std::abs(std::difftime(std::mktime(&time), std::time(nullptr))), 60);
 }
 
-TEST(ProcessTest, SleepWaitsAndTakesANegativeTimeForNone) {
-  const auto start = std::chrono::steady_clock::now();
-  SleepMilliseconds(-5);
-  SleepMilliseconds(20);
-  const auto slept = std::chrono::steady_clock::now() - start;
-  EXPECT_GE(slept, std::chrono::milliseconds(15));
-  EXPECT_LT(slept, std::chrono::seconds(2));
-}
-
-TEST(Win32Test, Paths) {
+TEST(Win32Test, PathsComeBackAndContextsAreNumberedOnlyIfThereIsOne) {
   EXPECT_EQ(win32::NarrowPath(win32::WidePath("pasta/arquivo")), "pasta/arquivo");
   EXPECT_TRUE(win32::WidePath("").empty());
-  EXPECT_TRUE(std::filesystem::is_regular_file(win32::ExecutablePath()));
-}
-
-TEST(Win32Test, WithoutAGraphicsContextThereIsNoNumber) {
   win32::RetireGlContext();
   EXPECT_EQ(win32::CurrentGlContext(), 0U);
 }
