@@ -18,8 +18,11 @@ namespace zorvik::core::platform {
 namespace {
 
 unsigned Rights(const std::filesystem::path& path) {
-  struct stat status = {};
-  return stat(path.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
+  return static_cast<unsigned>(std::filesystem::status(path).permissions());
+}
+
+std::string Write(const std::filesystem::path& path, const std::string& content) {
+  return WriteFileDurably(path, content, FileEncoding::Binary).message;
 }
 
 TEST(FilesPosixTest, WhatIsWrittenIsReadableByItsUserAlone) {
@@ -29,16 +32,16 @@ TEST(FilesPosixTest, WhatIsWrittenIsReadableByItsUserAlone) {
   const std::filesystem::path bystander = home.Path() / "alheio";
   tests::WriteText(bystander, "intacto");
   const mode_t mask = umask(0);
-  EXPECT_EQ(WriteFileDurably(target, "1", FileEncoding::Binary).message, "");
+  EXPECT_EQ(Write(target, "1"), "");
   EXPECT_EQ(Rights(target), 0600U);
 
   // Leftovers with other rights, or that lead elsewhere, take nothing in and give nothing away.
   tests::WriteText(target.string() + ".tmp", "resto");
   chmod((target.string() + ".tmp").c_str(), 0666);
-  EXPECT_EQ(WriteFileDurably(target, "2", FileEncoding::Binary).message, "");
+  EXPECT_EQ(Write(target, "2"), "");
   EXPECT_EQ(Rights(target), 0600U);
   std::filesystem::create_symlink(bystander, target.string() + ".tmp");
-  EXPECT_EQ(WriteFileDurably(target, "3", FileEncoding::Binary).message, "");
+  EXPECT_EQ(Write(target, "3"), "");
   umask(mask);
   EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(target)));
   EXPECT_EQ(tests::ReadText(target), "3");

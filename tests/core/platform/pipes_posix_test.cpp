@@ -14,10 +14,8 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "core/local_pipe/client.h"
@@ -32,57 +30,53 @@ class PipesPosixTest : public testing::Test {
  protected:
   void SetUp() override {
     if (getuid() != 0) GTEST_SKIP() << "only root can test other users";
-    user = 1'000'000'000 + static_cast<uid_t>(getpid());
-    folder = "/tmp/zorvik-" + std::to_string(user);
-    ASSERT_EQ(seteuid(user), 0);
+    Become(user);
   }
-
   void TearDown() override {
-    if (getuid() == 0) {
-      BecomeRoot();
-      fs::remove_all(folder);
-      prctl(PR_SET_DUMPABLE, 1);  // Else the leak check can't look at this process.
-    }
+    if (IsSkipped()) return;
+    BecomeRoot();
+    fs::remove_all(folder);
+    prctl(PR_SET_DUMPABLE, 1);  // Else the leak check can't look at this process.
   }
 
   static void BecomeRoot() { ASSERT_EQ(setresuid(0, 0, 0), 0); }
-
-  // Acts as another user who nevertheless gets through the folder's mode.
-  void BecomeIntruder() {
+  // Acts as that user, who nevertheless gets through the mode of the folder.
+  void Become(uid_t id) const {
     BecomeRoot();
-    ASSERT_EQ(setresuid(user, user + 1, 0), 0);
+    ASSERT_EQ(setresuid(user, id, 0), 0);
     setfsuid(user);
   }
-
-  void BecomeUserAgain() {
-    BecomeRoot();
-    ASSERT_EQ(seteuid(user), 0);
-  }
-
-  static std::string NotOpened(const std::string& name, int code) {
-    return "o pipe " + name + " nao abriu (erro do Windows " + std::to_string(code) + ")";
-  }
-  static std::string NotAccepted(const std::string& name, int code) {
-    return "o editor em " + name + " nao aceitou a conexao (erro do Windows " +
-           std::to_string(code) + ")";
-  }
-
-  sockaddr_un Address() const {
+  // A socket of another user behind `call` for the server's address.
+  int Intrude(int (*call)(int, const sockaddr*, socklen_t)) const {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    (folder + "/nome.sock").copy(address.sun_path, sizeof address.sun_path - 1);
-    return address;
+    socket_file.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int intruder = socket(AF_UNIX, SOCK_STREAM, 0);
+    Become(user + 1);
+    EXPECT_EQ(call(intruder, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_TRUE(call == connect || listen(intruder, 1) == 0);
+    Become(user);
+    return intruder;
   }
 
+  // 0, or the number in the message of the failure. One that has none tells that nobody serves.
+  int Failure(bool done) const {
+    const std::size_t number = error.find("Windows ");
+    if (done) return 0;
+    return number == std::string::npos ? 2 : std::stoi(error.substr(number + 8));
+  }
+  int Open(const std::string& name) { return Failure(server.Open(name, error)); }
+  int Connect(const std::string& name) { return Failure(client.Connect(name, 0, error)); }
   void ExpectServing() {
-    EXPECT_TRUE(server.Open("nome", error)) << error;
-    EXPECT_TRUE(client.Connect("nome", 0, error)) << error;
+    EXPECT_EQ(Open("nome"), 0);
+    EXPECT_EQ(Connect("nome"), 0);
     server.Poll(messages, closed);
     EXPECT_EQ(server.Connections(), 1u);
   }
 
-  uid_t user = 0;
-  std::string folder;
+  const uid_t user = 1'000'000'000 + static_cast<uid_t>(getpid());
+  const std::string folder = "/tmp/zorvik-" + std::to_string(user);
+  const std::string socket_file = folder + "/nome.sock";
   LocalPipeServer server;
   LocalPipeClient client;
   std::vector<LocalPipeServer::Message> messages;
@@ -92,90 +86,61 @@ class PipesPosixTest : public testing::Test {
 
 TEST_F(PipesPosixTest, RefusesNamesThatNoFileCanHave) {
   const std::size_t room = sizeof sockaddr_un{}.sun_path - 1 - (folder + "/.sock").size();
-  for (const std::string& name : {std::string(), std::string("a/b"), std::string("../nome"),
-                                  std::string("a\0b", 3), std::string(room + 1, 'x')}) {
-    EXPECT_FALSE(server.Open(name, error));
-    EXPECT_EQ(error, NotOpened(name, 123));
-    EXPECT_FALSE(client.Connect(name, 0, error));
-    EXPECT_EQ(error, NotAccepted(name, 123));
+  for (const std::string& name : {std::string(), std::string("../nome"), std::string("a\0b", 3),
+                                  std::string(room + 1, 'x')}) {
+    EXPECT_EQ(Open(name), 123);
+    EXPECT_EQ(Connect(name), 123);
   }
-  const std::string longest(room, 'x');
-  EXPECT_TRUE(server.Open(longest, error)) << error;
-  EXPECT_TRUE(client.Connect(longest, 0, error)) << error;
+  EXPECT_EQ(Open(std::string(room, 'x')), 0);
+  EXPECT_EQ(Connect(std::string(room, 'x')), 0);
 }
 
 TEST_F(PipesPosixTest, TrustsOnlyAPrivateFolderOfTheSameUser) {
-  const std::string real = folder + "-real";
-  const std::vector<std::pair<const char*, std::function<void()>>> traps = {
-      {"link",
-       [&] {
-         fs::create_directory(real);
-         fs::permissions(real, fs::perms::owner_all);
-         fs::create_directory_symlink(real, folder);
-       }},
-      {"open to others",
-       [&] {
-         fs::create_directory(folder);
-         ASSERT_EQ(chmod(folder.c_str(), 0710), 0);
-       }},
-      {"a file", [&] { std::ofstream{folder}; }},
-      {"another owner",
-       [&] {
-         fs::create_directory(folder);
-         ASSERT_EQ(chmod(folder.c_str(), 0700), 0);
-         BecomeRoot();
-         ASSERT_EQ(chown(folder.c_str(), user + 1, 0), 0);
-         BecomeUserAgain();
-       }},
-  };
-  EXPECT_FALSE(client.Connect("nome", 0, error));
-  EXPECT_EQ(error, "nenhum editor escuta em nome");
+  EXPECT_EQ(Connect("nome"), 2);
   EXPECT_FALSE(fs::exists(folder));
-  for (const auto& [what, set] : traps) {
-    SCOPED_TRACE(what);
+  const std::string real = folder + "-real";
+  const std::function<void()> traps[] = {[&] { mkdir(folder.c_str(), 0710); },
+                                         [&] { close(creat(folder.c_str(), 0700)); },
+                                         [&] {
+                                           mkdir(real.c_str(), 0700);
+                                           fs::create_directory_symlink(real, folder);
+                                         },
+                                         [&] {
+                                           mkdir(folder.c_str(), 0700);
+                                           BecomeRoot();
+                                           EXPECT_EQ(chown(folder.c_str(), user + 1, 0), 0);
+                                           Become(user);
+                                         }};
+  for (const auto& set : traps) {
+    SCOPED_TRACE(&set - traps);
     set();
-    EXPECT_FALSE(server.Open("nome", error));
-    EXPECT_EQ(error, NotOpened("nome", 5));
-    EXPECT_FALSE(client.Connect("nome", 0, error));
-    EXPECT_EQ(error, NotAccepted("nome", 5));
+    EXPECT_EQ(Open("nome"), 5);
+    EXPECT_EQ(Connect("nome"), 5);
     BecomeRoot();
     fs::remove(folder);
     fs::remove(real);
-    BecomeUserAgain();
+    Become(user);
   }
   ExpectServing();
-  struct stat status {};
-  ASSERT_EQ(stat(folder.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0700u);
-  ASSERT_EQ(stat(Address().sun_path, &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0600u);
+  EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700));
+  EXPECT_EQ(fs::status(socket_file).permissions(), fs::perms(0600));
 }
 
 TEST_F(PipesPosixTest, ANameIsFreeHoweverItsServerDied) {
-  int ready[2];
-  ASSERT_EQ(pipe(ready), 0);
   const pid_t child = fork();
   if (child == 0) {
-    const char answer = server.Open("nome", error) ? 'y' : 'n';
-    if (write(ready[1], &answer, 1) == 1) pause();
-    _exit(1);
+    Open("nome");
+    raise(SIGSTOP);
   }
-  char answer = 0;
-  ASSERT_EQ(read(ready[0], &answer, 1), 1);
-  ASSERT_EQ(answer, 'y');
-  EXPECT_FALSE(server.Open("nome", error));
-  EXPECT_EQ(error, NotOpened("nome", 5));
-
+  ASSERT_EQ(waitpid(child, nullptr, WUNTRACED), child);
+  EXPECT_EQ(Open("nome"), 5);
   kill(child, SIGKILL);
   ASSERT_EQ(waitpid(child, nullptr, 0), child);
-  EXPECT_TRUE(fs::exists(folder + "/nome.sock"));
-  EXPECT_FALSE(client.Connect("nome", 1'000, error));
-  EXPECT_EQ(error, "nenhum editor escuta em nome");
+  EXPECT_TRUE(fs::exists(socket_file));
+  EXPECT_EQ(Connect("nome"), 2);
   ExpectServing();
   server.Close();
   EXPECT_TRUE(fs::is_empty(folder));
-  close(ready[0]);
-  close(ready[1]);
 }
 
 TEST_F(PipesPosixTest, ALeavingServerSparesTheFilesOfTheNextOne) {
@@ -184,50 +149,33 @@ TEST_F(PipesPosixTest, ALeavingServerSparesTheFilesOfTheNextOne) {
   LocalPipeServer next;
   ASSERT_TRUE(next.Open("nome", error)) << error;
   server.Close();
-  EXPECT_TRUE(client.Connect("nome", 0, error)) << error;
+  EXPECT_EQ(Connect("nome"), 0);
 }
 
-TEST_F(PipesPosixTest, CutsOffAClientOfAnotherUser) {
-  ASSERT_TRUE(server.Open("nome", error));
-  const sockaddr_un address = Address();
-  const int intruder = socket(AF_UNIX, SOCK_STREAM, 0);
-  BecomeIntruder();
-  ASSERT_EQ(connect(intruder, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-  BecomeUserAgain();
-  ASSERT_EQ(send(intruder, "um\n", 3, MSG_NOSIGNAL), 3);
-  server.Poll(messages, closed);
-  server.Poll(messages, closed);
-  EXPECT_EQ(server.Connections(), 0u);
-  EXPECT_TRUE(messages.empty());
-  EXPECT_TRUE(closed.empty());
+TEST_F(PipesPosixTest, NeitherEndDealsWithAnotherUser) {
+  ASSERT_EQ(Open("nome"), 0);
+  const int guest = Intrude(connect);
+  ASSERT_EQ(send(guest, "um\n", 3, MSG_NOSIGNAL), 3);
+  for (int poll = 0; poll < 2; ++poll) server.Poll(messages, closed);
+  EXPECT_EQ(server.Connections() + messages.size() + closed.size(), 0u);
   char byte = 0;
-  EXPECT_LE(recv(intruder, &byte, 1, MSG_DONTWAIT), 0);
-  EXPECT_TRUE(client.Connect("nome", 0, error)) << error;
-  close(intruder);
-}
+  EXPECT_LE(recv(guest, &byte, 1, MSG_DONTWAIT), 0);
+  EXPECT_EQ(Connect("nome"), 0);
 
-TEST_F(PipesPosixTest, RefusesAServerOfAnotherUser) {
-  ASSERT_TRUE(server.Open("nome", error));
-  const sockaddr_un address = Address();
-  ASSERT_EQ(unlink(address.sun_path), 0);
-  const int intruder = socket(AF_UNIX, SOCK_STREAM, 0);
-  BecomeIntruder();
-  ASSERT_EQ(bind(intruder, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-  ASSERT_EQ(listen(intruder, 1), 0);
-  BecomeUserAgain();
-  EXPECT_FALSE(client.Connect("nome", 0, error));
-  EXPECT_EQ(error, NotAccepted("nome", 5));
-  close(intruder);
+  fs::remove(socket_file);
+  const int host = Intrude(bind);
+  EXPECT_EQ(Connect("nome"), 5);
+  close(guest);
+  close(host);
 }
 
 TEST_F(PipesPosixTest, RunningOutOfDescriptorsIsAnErrorLikeAnyOther) {
-  ASSERT_TRUE(server.Open("nome", error));
+  ASSERT_EQ(Open("nome"), 0);
   std::vector<int> all;
   for (int number = dup(0); number != -1; number = dup(0)) all.push_back(number);
-  EXPECT_FALSE(client.Connect("nome", 0, error));
-  EXPECT_EQ(error, NotAccepted("nome", 4));
+  EXPECT_EQ(Connect("nome"), 4);
   for (const int number : all) close(number);
-  EXPECT_TRUE(client.Connect("nome", 0, error)) << error;
+  EXPECT_EQ(Connect("nome"), 0);
 }
 
 }  // namespace
