@@ -81,8 +81,7 @@ TEST_F(EditorRegistryTest, ListsWhatLeadsToALiveEditorAndDeletesOnlyTheDead) {
       {File("texto"), R"({"pipe":"p","pid":")" + own_pid + "\"}"},
       {File("zero"), R"({"pipe":"p","pid":4294967296})"},
       {File("sem-cano"), R"({"pid":2147483647})"},
-      {File("pasta") / "dentro", ""},
-  };
+      {File("pasta") / "dentro", ""}};
   for (const auto& [path, text] : kept) tests::WriteText(path, text);
   tests::WriteText(File("morto"), dead);
 

@@ -65,8 +65,7 @@ TEST_F(FileWriteTest, AForcedFailureKeepsTheEarlierFileAndFiresOnce) {
        "anterior foi preservado."},
       {WriteStep::ReplaceTarget, WriteStatus::ReplaceFailed,
        "não foi possível substituir nome.json; ele pode estar protegido contra escrita ou aberto "
-       "em outro programa. O arquivo anterior foi preservado."},
-  };
+       "em outro programa. O arquivo anterior foi preservado."}};
   for (const auto& c : kCases) {
     WriteText(target, "antes");
     InjectWriteFailure(c.step);

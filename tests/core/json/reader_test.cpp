@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/json.h"
@@ -35,10 +36,7 @@ std::string ManyFields(int count) {
 }
 
 TEST(JsonReaderTest, Accepts) {
-  const struct {
-    std::string text;
-    std::string result;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {"\xEF\xBB\xBF 1 ", "1"},
       {"[ true , false , null ]", "[true,false,null]"},
       {"[ ]", "[]"},
@@ -54,16 +52,12 @@ TEST(JsonReaderTest, Accepts) {
       {R"("\u007f\u0080\u07ff\u0800\ud800\udc00")",
        "\"\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xF0\x90\x80\x80\""},
       {"\"12345678\x7F\xFF\xC0 after one word\"", "\"12345678\x7F\xFF\xC0 after one word\""},
-      {"\"" + Repeat("\\n34567890", 500) + "\"", "\"" + Repeat("\\n34567890", 500) + "\""},
-  };
-  for (const auto& c : cases) EXPECT_EQ(Reread(c.text), c.result) << c.text;
+      {"\"" + Repeat("\\n34567890", 500) + "\"", "\"" + Repeat("\\n34567890", 500) + "\""}};
+  for (const auto& [text, result] : cases) EXPECT_EQ(Reread(text), result) << text;
 }
 
 TEST(JsonReaderTest, Refuses) {
-  const struct {
-    const char* message;
-    std::vector<std::string> texts;
-  } cases[] = {
+  const std::pair<const char*, std::vector<std::string>> cases[] = {
       {"documento vazio", {"", " \t\r\n", "\xEF\xBB\xBF", "[", "[1,", "{\"a\":"}},
       {"esperava um numero",
        {"\xEF\xBB", " \xEF\xBB\xBF", "\f1", "tru", "nul", "NaN", "[1,]", "-", "+", ".", "-.", "e5",
@@ -81,10 +75,9 @@ TEST(JsonReaderTest, Refuses) {
       {"par substituto invalido",
        {R"("\ud83d\u0041")", R"("\ud83d\ud83d")", R"("\ud83d\u12)", R"("\ud83d\uxxxx")",
         R"("\ud83d\ue000")"}},
-      {"JSON encaixado demais", {Repeat("[", 65), Repeat("{\"a\":", 65)}},
-  };
-  for (const auto& c : cases)
-    for (const std::string& text : c.texts) EXPECT_EQ(Reread(text), c.message) << text;
+      {"JSON encaixado demais", {Repeat("[", 65), Repeat("{\"a\":", 65)}}};
+  for (const auto& [message, texts] : cases)
+    for (const std::string& text : texts) EXPECT_EQ(Reread(text), message) << text;
 }
 
 TEST(JsonReaderTest, Limits) {

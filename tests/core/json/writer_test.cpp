@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "core/json.h"
 
@@ -10,24 +11,20 @@ namespace {
 using namespace std::string_literals;
 
 TEST(JsonWriterTest, Texts) {
-  std::string escapes = "\"";
-  for (int i = 0; i < 3'000; ++i) escapes += "\\u0002";
-  const struct {
-    std::string text;
-    std::string written;
-  } cases[] = {
-      {"", R"("")"},
-      {"plain / and \x7F\xC3\xA9\xFF", "\"plain / and \x7F\xC3\xA9\xFF\""},
-      {"\"\\\b\t\n\f\r", R"("\"\\\b\t\n\f\r")"},
-      {"\0\x01\x1F"s, R"("\u0000\u0001\u001f")"},
-      {"a run of some words\n" + std::string(3'000, 'x') + "\"",
-       "\"a run of some words\\n" + std::string(3'000, 'x') + "\\\"\""},
-      {std::string(3'000, '\x02'), escapes + "\""},
-  };
-  for (const auto& c : cases) {
+  std::string controls;
+  for (int i = 0; i < 3'000; ++i) controls += "\\u0002";
+  const std::string plain(3'000, 'x');
+  const std::pair<std::string, std::string> cases[] = {
+      {"", ""},
+      {"plain / and \x7F\xC3\xA9\xFF", "plain / and \x7F\xC3\xA9\xFF"},
+      {"\"\\\b\t\n\f\r", R"(\"\\\b\t\n\f\r)"},
+      {"\0\x01\x1F"s, R"(\u0000\u0001\u001f)"},
+      {"a run of some words\n" + plain + "\"", "a run of some words\\n" + plain + "\\\""},
+      {std::string(3'000, '\x02'), controls}};
+  for (const auto& [text, written] : cases) {
     Json object;
-    object.Set(c.text, Json::Text(c.text));
-    EXPECT_EQ(WriteJson(object), "{" + c.written + ":" + c.written + "}");
+    object.Set(text, Json::Text(text));
+    EXPECT_EQ(WriteJson(object), "{\"" + written + "\":\"" + written + "\"}");
   }
 }
 

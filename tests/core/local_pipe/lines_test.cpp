@@ -27,8 +27,7 @@ TEST(LinesTest, CutsAtLineFeedsHoweverTheBytesArrive) {
       {{"u", "m", "\n"}, {"um"}, ""},
       {{"um\r", "\ndois\n"}, {"um", "dois"}, ""},
       {{"um\nmeia", " linha\ntr", "es\r\n"}, {"um", "meia linha", "tres"}, ""},
-      {{zero + "\n" + zero}, {zero}, zero},
-  };
+      {{zero + "\n" + zero}, {zero}, zero}};
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.pieces));
     LineBuffer buffer;
