@@ -51,16 +51,13 @@ TEST(ProcessTest, TheTimestampIsLocalTimeNow) {
   std::tm time = {};
   std::istringstream stamp(LocalTimestamp());
   stamp >> std::get_time(&time, "%Y-%m-%dT%H:%M:%S");
-  EXPECT_FALSE(stamp.fail());
   time.tm_isdst = -1;
   EXPECT_LT(std::abs(std::difftime(std::mktime(&time), std::time(nullptr))), 60);
 }
 
-TEST(Win32Test, PathsComeBackAndContextsAreNumberedOnlyIfThereIsOne) {
+TEST(Win32Test, PathsComeBack) {
   EXPECT_EQ(win32::NarrowPath(win32::WidePath("pasta/arquivo")), "pasta/arquivo");
   EXPECT_TRUE(win32::WidePath("").empty());
-  win32::RetireGlContext();
-  EXPECT_EQ(win32::CurrentGlContext(), 0U);
 }
 
 }  // namespace

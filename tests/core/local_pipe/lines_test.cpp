@@ -3,32 +3,28 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace zorvik::core {
 namespace {
 
-struct Case {
-  Lines pieces;  // As they arrive.
-  Lines lines;
-  std::string rest;
-};
-
 TEST(LinesTest, CutsAtLineFeedsHoweverTheBytesArrive) {
   const std::string zero("a\0b", 3);
-  const std::vector<Case> cases = {
-      {{"um\n"}, {"um"}, ""},
-      {{"um\r\r\n"}, {"um\r"}, ""},
-      {{"u\rm\n"}, {"u\rm"}, ""},
-      {{"\r\n"}, {}, ""},
-      {{"\r\r\n"}, {"\r"}, ""},
-      {{"\n\r\num\n\n"}, {"um"}, ""},
-      {{"um\ndois\nres"}, {"um", "dois"}, "res"},
-      {{"u", "m", "\n"}, {"um"}, ""},
-      {{"um\r", "\ndois\n"}, {"um", "dois"}, ""},
-      {{"um\nmeia", " linha\ntr", "es\r\n"}, {"um", "meia linha", "tres"}, ""},
-      {{zero + "\n" + zero}, {zero}, zero}};
-  for (const Case& c : cases) {
+  const struct {
+    Lines pieces;  // As they arrive.
+    Lines lines;
+    std::string rest;
+  } cases[] = {{{"um\n"}, {"um"}, ""},
+               {{"um\r\r\n"}, {"um\r"}, ""},
+               {{"u\rm\n"}, {"u\rm"}, ""},
+               {{"\r\n"}, {}, ""},
+               {{"\r\r\n"}, {"\r"}, ""},
+               {{"\n\r\num\n\n"}, {"um"}, ""},
+               {{"um\ndois\nres"}, {"um", "dois"}, "res"},
+               {{"u", "m", "\n"}, {"um"}, ""},
+               {{"um\r", "\ndois\n"}, {"um", "dois"}, ""},
+               {{"um\nmeia", " linha\ntr", "es\r\n"}, {"um", "meia linha", "tres"}, ""},
+               {{zero + "\n" + zero}, {zero}, zero}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.pieces));
     LineBuffer buffer;
     Lines lines = {"antes"};

@@ -38,6 +38,12 @@ class LocalPipeTest : public testing::Test {
     Until([&] { return server.Connections() == 1; });
   }
 
+  // Why a connection isn't made.
+  std::string Refusal(LocalPipeClient& end, std::int32_t timeout_ms) const {
+    std::string why;
+    return end.Connect(name, timeout_ms, why) ? "connected" : why;
+  }
+
   // What the server has received, each line behind the number of its connection.
   Lines Heard() const {
     Lines heard;
@@ -65,8 +71,7 @@ TEST_F(LocalPipeTest, NothingMovesUnlessConnected) {
   error.clear();
   EXPECT_FALSE(client.Receive(lines, error));
   EXPECT_EQ(error, "sem conexao com o editor");
-  EXPECT_FALSE(client.Connect(name, 3'000, error));
-  EXPECT_EQ(error, missing);
+  EXPECT_EQ(Refusal(client, 3'000), missing);
   client.Close();
   EXPECT_FALSE(client.Connected());
   Poll();
@@ -112,15 +117,11 @@ TEST_F(LocalPipeTest, OneClientAtATime) {
   for (const std::int32_t limit : {1, 0, -1}) {
     OpenAndConnect(limit);
     LocalPipeClient second([&] { return now; });
-    for (const std::int32_t timeout_ms : {0, -5}) {
-      error.clear();
-      EXPECT_FALSE(second.Connect(name, timeout_ms, error));
-      EXPECT_EQ(error, busy);
-    }
+    EXPECT_EQ(Refusal(second, 0), busy);
+    EXPECT_EQ(Refusal(second, -5), busy);
     LocalPipeClient patient([&] { return now += 100; });
     const std::uint64_t begin = now + 100;
-    EXPECT_FALSE(patient.Connect(name, 300, error));
-    EXPECT_EQ(error, busy);
+    EXPECT_EQ(Refusal(patient, 300), busy);
     EXPECT_EQ(now, begin + 300);
 
     closed.clear();
@@ -141,15 +142,13 @@ TEST_F(LocalPipeTest, ClientsComeOneByOneUpToTheLimit) {
     if (++asked > 4) Poll();  // The editor wakes up late, but in time.
     return now += 100;
   });
-  EXPECT_FALSE(second.Connect(name, 0, error));  // The next Poll makes room for it.
-  EXPECT_EQ(error, busy);
+  EXPECT_EQ(Refusal(second, 0), busy);  // The next Poll makes room for it.
   EXPECT_EQ(server.Connections(), 0u);
   ASSERT_TRUE(second.Connect(name, 1'000, error)) << error;
   Poll();
   EXPECT_EQ(server.Connections(), 2u);
   LocalPipeClient third;
-  EXPECT_FALSE(third.Connect(name, 0, error));
-  EXPECT_EQ(error, busy);
+  EXPECT_EQ(Refusal(third, 0), busy);
   ASSERT_TRUE(second.Send("do segundo", error));
   Until([&] { return messages.size() == 1; });
   ASSERT_TRUE(client.Send("do primeiro", error));
@@ -178,8 +177,7 @@ TEST_F(LocalPipeTest, CloseCutsOffWithoutReportsAndIdsGoOn) {
   EXPECT_EQ(server.Connections(), 0u);
   EXPECT_FALSE(client.Receive(lines, error));
   EXPECT_EQ(error, lost);
-  EXPECT_FALSE(client.Connect(name, 0, error));
-  EXPECT_EQ(error, missing);
+  EXPECT_EQ(Refusal(client, 0), missing);
 
   OpenAndConnect();
   ASSERT_TRUE(client.Send("de novo", error));
