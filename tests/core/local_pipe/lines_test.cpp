@@ -69,7 +69,7 @@ TEST(LinesTest, LooksThroughALongLineOnceAndNeverMovesIt) {
   EXPECT_EQ(lines[0].data(), place);
   EXPECT_EQ(lines[0].size(), kLineRestLimit);
   // What comes next is looked through from its start again.
-  buffer.Append("dois\n");
+  buffer.Append("\ndois\n");
   EXPECT_TRUE(TakeLines(buffer, lines));
   EXPECT_EQ(lines.back(), "dois");
 }
