@@ -1,10 +1,14 @@
 #include <array>
-#include <cstddef>
+#include <chrono>
+#include <cmath>
+#include <map>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
 
-#include "fuzz/generate.h"
 #include "fuzz/require.h"
-#include "fuzz/server_model.h"
+#include "fuzz/slow_json.h"
 #include "tests/support/server_session.h"
 
 // An input is a script with a step on each line. The first byte tells the step:
@@ -14,127 +18,209 @@
 //   #      editors refuse all messages from now on, or take them again
 //   @      time passes; the next byte tells how much
 //   .      the server polls
-// All other lines go to the server as they stand.
+// All other lines go to the server as they stand. What has to hold is said by Exchange and Poll.
 namespace zorvik::fuzz {
 namespace {
 
-constexpr std::array<const char*, 3> kEditors = {"e0", "e1", ""};
-
-// A message of those that matter most, in which $ becomes an id.
-std::string AnyMessage(Bytes& bytes) {
-  static const std::string kHead = R"({"jsonrpc":"2.0","id":$,"method":)";
-  static const std::string kMeta =
-      R"("_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28",)"
-      R"("io.modelcontextprotocol/clientCapabilities":{}})";
-  static const std::string kCall = kHead + R"("tools/call","params":{"name":)";
-  static const std::array<std::string, 10> kMessages = {
-      kCall + R"("world_info","arguments":{"editor_id":"e0"}}})",
-      kCall + R"("objects_query","arguments":{"editor_id":"e1"},)" + kMeta + "}}",
-      kCall + R"("world_info",)" + kMeta + "}}",
-      kCall + R"("objects_query","arguments":{"limit":-1}}})",
-      kCall + R"("editor_list"}})",
-      kHead + R"("initialize","params":{"protocolVersion":"2025-03-26"}})",
-      kHead + R"("initialize"})",
-      kHead + R"("ping"})",
-      kHead + R"("server/discover","params":{)" + kMeta + "}}",
-      R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":$}})"};
-  static const std::array<std::string, 7> kIds = {"1",   "2",   R"("1")", R"("\n")",
-                                                  "1.0", "1.5", "null"};
-  std::string message = bytes.Pick(kMessages);
-  return message.replace(message.find('$'), 1, bytes.Pick(kIds));
+// The entry of the list that the next byte stands for; the first one when there is none.
+template <typename List>
+const auto& Take(std::string_view& bytes, const List& list) {
+  const std::size_t byte = bytes.empty() ? 0 : static_cast<unsigned char>(bytes.front());
+  bytes.remove_prefix(bytes.empty() ? 0 : 1);
+  return list[byte % list.size()];
 }
 
-// An answer in the words of ServerModel.
-std::string Told(const Json& answer) {
+// A message of those that matter most.
+std::string TakeMessage(std::string_view& bytes) {
+  static const std::array<std::string, 6> kIds = {R"("id":1,)",    R"("id":2,)",    R"("id":"1",)",
+                                                  R"("id":"\n",)", R"("id":null,)", ""};
+  static const std::array<std::string, 6> kMethods = {
+      "tools/call", "notifications/cancelled", "initialize", "ping", "server/discover", "x"};
+  // Each method finds its own parameters in each of these.
+  static const std::string kMeta =
+      R"(,"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28",)"
+      R"("io.modelcontextprotocol/clientCapabilities":{}}})";
+  static const std::array<std::string, 4> kParams = {
+      R"({"name":"world_info","arguments":{"editor_id":"e0"},"requestId":1})",
+      R"({"name":"objects_query","arguments":{"editor_id":"e1"},"requestId":2)" + kMeta,
+      R"({"name":"objects_query","arguments":{"limit":-1},"protocolVersion":"2025-03-26"})",
+      R"({"name":"world_info","requestId":"1")" + kMeta};
+  std::string message = R"({"jsonrpc":"2.0",)" + Take(bytes, kIds);
+  message += R"("method":")" + Take(bytes, kMethods);
+  return message + R"(","params":)" + Take(bytes, kParams) + "}";
+}
+
+// What an editor nests as deep as it may is nested deeper in the answer.
+Json Parsed(const std::string& text) {
+  Json document;
+  std::string error;
+  Require(SlowParse(text, document, error, 80), "not JSON", text);
+  return document;
+}
+
+// Whether the answer to the request of that id, which must be whole, is a result.
+bool IsResult(const std::string& line, const std::string& id, bool stateless) {
+  const Json answer = Parsed(line);
   const Json& result = answer.At("result");
-  const Json& code = answer.At("error").At("code");
-  const Json& document = result.At("structuredContent");
-  if (document.kind == Json::Kind::Object) {
-    RequireEqual(core::WriteJson(document), result.At("content")[0].At("text").TextOr(""), "text");
-    Require(result.At("isError").BoolOr(false) != document.At("ok").BoolOr(false), "isError",
-            core::WriteJson(answer));
+  const Json& error = answer.At("error");
+  RequireEqual(id, core::WriteJson(answer.At("id")), "id");
+  Require(line.find('\n') == std::string::npos, "more than one line", line);
+  Require(answer.fields.size() == 3 && answer.At("jsonrpc").TextOr("") == "2.0", "shape", line);
+  if (answer.Has("error")) {
+    Require(error.At("code").IsInteger() && !error.At("message").TextOr("").empty(), "error", line);
+    return false;
   }
-  return core::WriteJson(answer.At("id")) + " " +
-         (result.kind == Json::Kind::Object ? "result" : core::WriteJson(code));
+  Require(result.kind == Json::Kind::Object, "neither a result nor an error", line);
+  Require(result.Has("resultType") == stateless, "form of another version", line);
+  if (result.Has("content")) {
+    const std::string text = result.At("content")[0].At("text").TextOr("");
+    Require(result.At("isError").BoolOr(true) != Parsed(text).At("ok").BoolOr(false), "fate", line);
+    if (result.Has("structuredContent"))
+      RequireEqual(text, core::WriteJson(result.At("structuredContent")), "text and structure");
+  }
+  return true;
 }
 
 class Run {
  public:
   void Step(const std::string& line) {
-    Bytes bytes(line);
-    const std::string step = bytes.Text(1);
-    if (step == "+" || step == "-") {
-      const std::string id = bytes.Pick(kEditors);
-      std::erase_if(gateway.editors, [&](const auto& editor) { return editor.editor_id == id; });
-      if (step == "+") gateway.Open(id);
-      model.editors = gateway.editors;
-    } else if (step == "!") {
-      gateway.lost.emplace_back(bytes.Pick(kEditors));
-    } else if (step == "<") {
-      Json message;
-      std::string error;
-      if (SlowParse(line.substr(1), message, error)) gateway.replies.push_back({"e0", message});
-    } else if (step == "#") {
-      model.send_fails = !model.send_fails;
-      gateway.send_failure = model.send_fails ? "falhou" : "";
-    } else if (step == "@") {
-      static constexpr std::array<std::int64_t, 4> kNanoseconds = {
-          1, 60'000'000'000, 119'999'999'999, 120'000'000'000};
-      model.now += std::chrono::nanoseconds(bytes.Pick(kNanoseconds));
-      session.time = model.now;
-    } else if (step == ".") {
-      model.Poll(gateway.replies, gateway.lost);
-      session.server.Poll();
+    const std::string_view bytes = std::string_view(line).substr(line.empty() ? 0 : 1);
+    const char step = line.empty() ? ' ' : line.front();
+    if (std::string_view("+-!<#@").find(step) != std::string_view::npos) {
+      Prepare(one, step, bytes);
+      Prepare(whole, step, bytes);
+    } else if (step == '.') {
+      Poll();
+    } else if (step == 'g') {
+      std::string batch;
+      for (std::string_view left = bytes; !left.empty();)
+        batch += (batch.empty() ? "" : ",") + TakeMessage(left);
+      Receive("[" + batch + "]");
     } else {
-      std::string batch = AnyMessage(bytes);
-      while (!bytes.Empty()) batch += "," + AnyMessage(bytes);
-      const std::string text = step == "g" ? "[" + batch + "]" : line;
-      model.Receive(text);
-      session.server.Receive(text);
+      Receive(line);
     }
-    Compare();
+    const auto sent = std::exchange(one.gateway.sent, {});
+    Require(sent == std::exchange(whole.gateway.sent, {}), "messages to editors", line);
+    for (const auto& [editor, text] : sent) {
+      const double number = Parsed(text).At("id").number;
+      Require(number > std::exchange(last_number, number), "number used before", text);
+    }
+    for (const tests::ServerSession* session : {&one, &whole})
+      Require(session->server.PendingCount() == calls.size(), "calls in flight", line);
   }
 
  private:
-  void Compare() {
-    std::vector<std::string> answers;
-    for (const std::string& line : session.sent) {
-      Json document;
-      std::string error;
-      Require(line.find('\n') == std::string::npos, "line feed", line);
-      // What an editor nests as deep as it may is nested deeper in the answer.
-      Require(SlowParse(line, document, error, 80), "not JSON", line);
-      std::string& told = answers.emplace_back();
-      if (document.kind != Json::Kind::Array) told = Told(document);
-      for (const Json& answer : document.items) told += "[" + Told(answer) + "]";
-    }
-    std::vector<std::string> forwarded;
-    for (const auto& [editor, text] : gateway.sent) {
-      Json message;
-      std::string error;
-      Require(SlowParse(text, message, error), "not for an editor's eyes", text);
-      forwarded.push_back(editor + " " + core::WriteJson(message.At("id")) + " " +
-                          message.At("token").text + " " + message.At("op").text);
-      if (message.Has("target")) forwarded.back() += " " + core::WriteJson(message.At("target"));
-    }
-    RequireEqual(Joined(model.answers), Joined(answers), "answers");
-    RequireEqual(Joined(model.forwarded), Joined(forwarded), "messages to editors");
-    RequireEqual(std::to_string(model.CallCount()), std::to_string(session.server.PendingCount()),
-                 "calls in flight");
-    session.sent.clear();
-    gateway.sent.clear();
-    model.answers.clear();
-    model.forwarded.clear();
-  }
-  static std::string Joined(const std::vector<std::string>& texts) {
-    std::string joined;
-    for (const std::string& text : texts) joined += text + "\n";
-    return joined;
+  // A call that an editor has.
+  struct Call {
+    std::string id;
+    bool stateless = false;
+    std::string editor;
+    std::chrono::steady_clock::time_point deadline;
+  };
+
+  static void Prepare(tests::ServerSession& session, char step, std::string_view bytes) {
+    static constexpr std::array<const char*, 3> kEditors = {"e0", "e1", ""};
+    static constexpr std::array<std::int64_t, 4> kNanoseconds = {1, 60'000'000'000, 119'999'999'999,
+                                                                 120'000'000'000};
+    tests::ScriptedGateway& gateway = session.gateway;
+    if (step == '<') return gateway.Answer("e0", std::string(bytes));
+    if (step == '#') gateway.send_failure = gateway.send_failure.empty() ? "falhou" : "";
+    if (step == '@') session.time += std::chrono::nanoseconds(Take(bytes, kNanoseconds));
+    const std::string id = Take(bytes, kEditors);
+    if (step == '!') gateway.lost.push_back(id);
+    if (step == '+' || step == '-')
+      std::erase_if(gateway.editors, [&](const auto& editor) { return editor.editor_id == id; });
+    if (step == '+') gateway.Open(id);
   }
 
-  tests::ServerSession session;
-  tests::ScriptedGateway& gateway = session.gateway;
-  ServerModel model;
+  // A batch is answered as its messages are one by one, in one line.
+  void Receive(const std::string& line) {
+    Json document;
+    std::string error;
+    SlowParse(line, document, error);
+    std::string expected;
+    for (const Json& message : document.items) {
+      const std::string answer = Exchange(core::WriteJson(message), message);
+      expected += (expected.empty() || answer.empty() ? "" : ",") + answer;
+    }
+    if (!expected.empty()) expected = "[" + expected + "]";
+    if (document.items.empty()) expected = Exchange(line, document);
+    RequireEqual(expected, whole.Ask(line), "answers");
+  }
+
+  // A request is answered now, or an editor gets it and it is answered later; nothing else is.
+  std::string Exchange(const std::string& line, const Json& message) {
+    const std::size_t sent_before = one.gateway.sent.size();
+    std::string answer = one.Ask(line);
+    const Json& id = message.At("id");
+    const Json& method = message.At("method");
+    const std::string told = core::WriteJson(id);
+    const bool greets = message.At("jsonrpc").TextOr("") == "2.0";
+    if (greets && (method.kind != Json::Kind::Text || !message.Has("id"))) {
+      RequireEqual("", answer, "answer to no request");
+      if (method.TextOr("") == "notifications/cancelled")
+        Cancel(core::WriteJson(message.At("params").At("requestId")));
+      return answer;
+    }
+    if (!greets || (id.kind != Json::Kind::Text && !id.IsInteger())) {
+      Require(!IsResult(answer, "null", false), "result of no request", answer);
+      return answer;
+    }
+    const Json& version =
+        message.At("params").At("_meta").At("io.modelcontextprotocol/protocolVersion");
+    const bool stateless = version.kind == Json::Kind::Text && method.text != "initialize";
+    const std::size_t sent = one.gateway.sent.size() - sent_before;
+    Require(sent == (answer.empty() ? 1 : 0), "not answered and forwarded once", line);
+    if (sent == 0) {
+      settled = settled || method.text == "initialize";
+      Require(!IsResult(answer, told, stateless) || stateless || settled, "no version", line);
+      return answer;
+    }
+    const auto& [editor, text] = one.gateway.sent.back();
+    Require(method.text == "tools/call", "forwarded", line);
+    calls[Parsed(text).At("id").number] = {told, stateless, editor,
+                                           one.time + std::chrono::minutes(2)};
+    return answer;
+  }
+
+  void Cancel(const std::string& id) {
+    const auto call = std::find_if(calls.begin(), calls.end(),
+                                   [&](const auto& entry) { return entry.second.id == id; });
+    if (call != calls.end()) calls.erase(call);
+  }
+
+  // Calls end by their replies, the loss of their editors and the time, in this order.
+  void Poll() {
+    std::vector<Call> due;
+    const auto end_if = [&](const auto& condition) {
+      std::erase_if(calls, [&](const auto& call) {
+        if (condition(call)) due.push_back(call.second);
+        return condition(call);
+      });
+    };
+    for (const auto& reply : one.gateway.replies)
+      end_if([&](const auto& call) {
+        return call.first == std::trunc(reply.message.At("id").number);
+      });
+    for (const std::string& editor : one.gateway.lost)
+      end_if([&](const auto& call) { return call.second.editor == editor; });
+    end_if([&](const auto& call) { return call.second.deadline <= one.time; });
+
+    one.server.Poll();
+    whole.server.Poll();
+    Require(one.sent == whole.sent, "answers", "of a poll");
+    Require(one.sent.size() == due.size(), "answers of a poll", std::to_string(one.sent.size()));
+    for (std::size_t i = 0; i < due.size(); ++i)
+      Require(IsResult(one.sent[i], due[i].id, due[i].stateless), "no result", one.sent[i]);
+    one.sent.clear();
+    whole.sent.clear();
+  }
+
+  tests::ServerSession whole;    // Gets the client's lines.
+  tests::ServerSession one;      // Gets the messages of each batch one by one.
+  std::map<double, Call> calls;  // By the id that the editor was given.
+  bool settled = false;          // There was a handshake.
+  double last_number = 0;        // Of a message to an editor.
 };
 
 }  // namespace

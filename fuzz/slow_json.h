@@ -25,7 +25,6 @@ class SlowReader {
   SlowReader(std::string_view text, int depth) : left(text), depth_limit(depth) {}
 
   Json Document() {
-    if (left.size() > 16'777'216) throw Refused{"documento JSON grande demais"};
     Took("\xEF\xBB\xBF");
     Json document = Value(0);
     Space();
@@ -49,33 +48,32 @@ class SlowReader {
 
   Json Object(int depth) {
     Json object = Json::Object();
-    Space();
-    if (Took("}")) return object;
-    do {
+    Each("}", "esperava \",\" ou \"}\"", [&] {
       Space();
       Need("\"", "esperava um texto");
       const std::string key = Text();
       Space();
       Need(":", "esperava \":\"");
-      Json value = Value(depth + 1);
-      if (object.fields.size() == 65'536) throw Refused{"objeto com campos demais"};
-      object.Set(key, std::move(value));
-      Space();
-    } while (Took(","));
-    Need("}", "esperava \",\" ou \"}\"");
+      object.Set(key, Value(depth + 1));
+    });
     return object;
   }
 
   Json Array(int depth) {
     Json array = Json::Array();
+    Each("]", "esperava \",\" ou \"]\"", [&] { array.Add(Value(depth + 1)); });
+    return array;
+  }
+
+  template <typename Read>
+  void Each(std::string_view end, const char* complaint, const Read& read) {
     Space();
-    if (Took("]")) return array;
+    if (Took(end)) return;
     do {
-      array.Add(Value(depth + 1));
+      read();
       Space();
     } while (Took(","));
-    Need("]", "esperava \",\" ou \"]\"");
-    return array;
+    Need(end, complaint);
   }
 
   std::string Text() {
