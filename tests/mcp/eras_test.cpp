@@ -1,124 +1,94 @@
 #include <gtest/gtest.h>
 
+#include <array>
+
+#include "tests/mcp/wire.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {
 namespace {
-
-std::string Request(const std::string& method, const std::string& params) {
-  return R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":)" + params + "}";
-}
 
 std::string Meta(const std::string& version, const std::string& rest) {
   return R"({"_meta":{"io.modelcontextprotocol/protocolVersion":)" + version + rest + "}}";
 }
 
 const std::string kCapable = R"(,"io.modelcontextprotocol/clientCapabilities":{})";
-const std::string kServerMeta =
-    R"("resultType":"complete","_meta":{"io.modelcontextprotocol/serverInfo":{"name":"zorvik-mcp",)"
-    R"("title":"ZORVIK - autoria de mundos","version":"0.1.0"}})";
-const std::string kNoEra =
-    R"({"jsonrpc":"2.0","id":1,"error":{"code":-32600,"message":"Sem initialize e sem )"
-    R"(_meta.io.modelcontextprotocol/protocolVersion; versoes suportadas: 2026-07-28, 2025-11-25, )"
-    R"(2025-06-18, 2025-03-26"}})";
-
-std::string Unsupported(const std::string& version) {
-  return R"({"jsonrpc":"2.0","id":1,"error":{"code":-32022,"message":"Unsupported protocol version",)"
-         R"("data":{"supported":["2026-07-28","2025-11-25","2025-06-18","2025-03-26"],"requested":")" +
-         version + R"("}}})";
-}
 
 TEST(ErasTest, WorksOutTheEraOfEachRequest) {
-  const std::string wrapped = R"({"jsonrpc":"2.0","id":1,"result":{)" + kServerMeta + "}}";
-  const std::string plain = R"({"jsonrpc":"2.0","id":1,"result":{}})";
+  const std::string plain = Result("1", "{}");
+  const std::string wrapped = Result("1", "{" + kServerMeta + "}");
+  const std::string no_era = Failure(
+      "1", -32600,
+      "Sem initialize e sem _meta.io.modelcontextprotocol/protocolVersion; versoes suportadas: "
+      "2026-07-28, 2025-11-25, 2025-06-18, 2025-03-26");
   const std::string incapable =
-      R"({"jsonrpc":"2.0","id":1,"error":{"code":-32602,"message":"Invalid params: _meta sem )"
-      R"(io.modelcontextprotocol/clientCapabilities"}})";
-  const struct {
-    std::string params;
-    std::string before;  // Without a handshake,
-    std::string after;   // and after one.
-  } cases[] = {
-      {"{}", kNoEra, plain},
-      {R"({"_meta":5})", kNoEra, plain},
-      {Meta("20260728", kCapable), kNoEra, plain},
-      {Meta(R"("2026-07-28")", kCapable), wrapped, wrapped},
+      Failure("1", -32602, "Invalid params: _meta sem io.modelcontextprotocol/clientCapabilities");
+  const auto unsupported = [](const std::string& version) {
+    return Failure("1", -32022, "Unsupported protocol version",
+                   R"(,"data":{"supported":["2026-07-28","2025-11-25","2025-06-18","2025-03-26"],)"
+                   R"("requested":")" +
+                       version + "\"}");
+  };
+  // Params, and the answer without a handshake and after one.
+  const std::array<std::string, 3> cases[] = {
+      {"{}", no_era, plain},
+      {R"({"_meta":5})", no_era, plain},
+      {Meta("20260728", kCapable), no_era, plain},
+      {"{" + kMeta + "}", wrapped, wrapped},
       {Meta(R"("2026-07-28")", ""), incapable, incapable},
-      {Meta(R"("2026-07-28")", R"(,"io.modelcontextprotocol/clientCapabilities":1)"), incapable,
-       incapable},
-      {Meta(R"("2025-03-26")", kCapable), Unsupported("2025-03-26"), Unsupported("2025-03-26")},
-      {Meta(R"("")", kCapable), Unsupported(""), Unsupported("")},
+      {Meta(R"("2025-03-26")", kCapable), unsupported("2025-03-26"), unsupported("2025-03-26")},
+      {Meta(R"("")", ""), unsupported(""), unsupported("")},
   };
-  for (const auto& c : cases) {
-    tests::ServerSession fresh;
-    EXPECT_EQ(fresh.Ask(Request("ping", c.params)), c.before) << c.params;
-    fresh.Initialize("2025-03-26");
-    EXPECT_EQ(fresh.Ask(Request("ping", c.params)), c.after) << c.params;
+  for (const auto& [params, before, after] : cases) {
+    tests::ServerSession session;
+    session.Ask(R"({"jsonrpc":"2.0","method":"initialize","params":{}})");  // Not a request.
+    EXPECT_EQ(session.Ask(Request("1", "ping", params)), before) << params;
+    session.Initialize("2025-03-26");
+    EXPECT_EQ(session.Ask(Request("1", "ping", params)), after) << params;
   }
-  tests::ServerSession session;
-  EXPECT_EQ(session.Ask(Request("no/such", "{}")), kNoEra);
-  session.Ask(R"({"jsonrpc":"2.0","method":"initialize","params":{}})");
-  EXPECT_EQ(session.Ask(Request("ping", "{}")), kNoEra);
+  EXPECT_EQ(tests::ServerSession().Ask(Request("1", "no/such")), no_era);
 }
 
-TEST(ErasTest, InitializeSettlesTheVersionAndTheLabel) {
-  const struct {
-    std::string params;
-    std::string version;
-    std::string log;
-  } cases[] = {
-      {R"({"protocolVersion":"2025-06-18","clientInfo":{"name":"c","version":"9"}})", "2025-06-18",
-       "cliente pediu 2025-06-18, servindo 2025-06-18 para c 9"},
-      {R"({"protocolVersion":"2026-07-28"})", "2025-11-25",
-       "cliente pediu 2026-07-28, servindo 2025-11-25 para cliente "},
-      {R"({"protocolVersion":7,"clientInfo":{"name":7}})", "2025-11-25",
-       "cliente pediu , servindo 2025-11-25 para cliente "},
-  };
+TEST(ErasTest, HandshakeAndDiscoveryTellWhatIsServed) {
   tests::ServerSession session;
-  for (const auto& c : cases) {
-    const std::string answer = session.Ask(Request("initialize", c.params));
-    EXPECT_EQ(answer.find(R"({"jsonrpc":"2.0","id":1,"result":{"protocolVersion":")" + c.version +
-                          R"(","capabilities":{"tools":{"listChanged":false},"logging":{}},)"
-                          R"("serverInfo":{"name":"zorvik-mcp",)"),
-              0u)
-        << answer;
-    EXPECT_EQ(answer.find("resultType"), std::string::npos);
-    EXPECT_EQ(session.log.back(), "initialize (legado): " + c.log);
-  }
-}
+  const std::string stateless = session.Ask(Request("1", "server/discover", "{" + kMeta + "}"));
+  const core::Json instructions = Parse(stateless).At("result").At("instructions");
+  EXPECT_TRUE(instructions.text.starts_with("Servidor de autoria de mundos da ZORVIK: controla o"));
+  EXPECT_TRUE(instructions.text.ends_with("error.code com um codigo estavel e uma dica."));
+  const std::string capabilities =
+      R"("capabilities":{"tools":{"listChanged":false},"logging":{}},)";
+  const std::string end = R"("instructions":)" + core::WriteJson(instructions);
+  const std::string discovered = R"({"supportedVersions":["2026-07-28"],)" + capabilities + end;
+  EXPECT_EQ(stateless, Result("1", discovered + "," + kServerMeta + "}"));
 
-TEST(ErasTest, DiscoverNamesTheNewestVersionOnly) {
-  tests::ServerSession session;
-  session.Initialize("2025-03-26");
-  const std::string legacy = session.Ask(Request("server/discover", "{}"));
-  const std::string head =
-      R"({"jsonrpc":"2.0","id":1,"result":{"supportedVersions":["2026-07-28"],"capabilities":)"
-      R"({"tools":{"listChanged":false},"logging":{}},"instructions":"Servidor de autoria)";
-  const std::string tail = R"(com um codigo estavel e uma dica.")";
-  EXPECT_EQ(legacy.find(head), 0u) << legacy;
-  EXPECT_TRUE(legacy.ends_with(tail + "}}")) << legacy;
-  const std::string stateless =
-      session.Ask(Request("server/discover", Meta(R"("2026-07-28")", kCapable)));
-  EXPECT_TRUE(stateless.ends_with(tail + "," + kServerMeta + "}}")) << stateless;
+  const std::string rest = "\"," + capabilities +
+                           R"("serverInfo":{"name":"zorvik-mcp","title":)"
+                           R"("ZORVIK - autoria de mundos","version":"0.1.0"},)" +
+                           end + "}";
+  for (const auto& [asked, served] :
+       {std::pair(R"({"protocolVersion":"2025-06-18"})", "2025-06-18"),
+        {R"({"protocolVersion":"2026-07-28"})", "2025-11-25"},
+        {R"({"protocolVersion":7})", "2025-11-25"}}) {
+    const std::string result = std::string(R"({"protocolVersion":")").append(served).append(rest);
+    EXPECT_EQ(session.Ask(Request("1", "initialize", asked)), Result("1", result));
+  }
+  EXPECT_EQ(session.log.back(),
+            "initialize (legado): cliente pediu , servindo 2025-11-25 para cliente ");
+  EXPECT_EQ(session.Ask(Request("1", "server/discover")), Result("1", discovered + "}"));
 }
 
 TEST(ErasTest, TheLastClientInfoNamesTheClientToTheEditor) {
   tests::ServerSession session;
   session.gateway.Open("e");
-  const auto label = [&](const std::string& rest) {
-    session.Ask(Request(
-        "tools/call", R"({"name":"world_info","_meta":{"io.modelcontextprotocol/protocolVersion":)"
-                      R"("2026-07-28")" +
-                          kCapable + rest + "}}"));
-    core::Json sent;
-    std::string error;
-    core::ParseJson(session.gateway.sent.back().second, sent, error);
-    return sent.At("client").TextOr("none");
-  };
-  EXPECT_EQ(label(""), "cliente MCP");
-  EXPECT_EQ(label(R"(,"io.modelcontextprotocol/clientInfo":{"name":"n","version":"1"})"), "n 1");
-  EXPECT_EQ(label(R"(,"io.modelcontextprotocol/clientInfo":5)"), "n 1");
-  EXPECT_EQ(label(R"(,"io.modelcontextprotocol/clientInfo":{})"), "cliente ");
+  for (const auto& [info, label] : {std::pair("null", "cliente MCP"),
+                                    {R"({"name":"n","version":"1"})", "n 1"},
+                                    {"5", "n 1"},
+                                    {"{}", "cliente "}}) {
+    std::string params =
+        Meta(R"("2026-07-28")", kCapable + R"(,"io.modelcontextprotocol/clientInfo":)" + info);
+    session.Ask(Request("1", "tools/call", params.insert(1, R"("name":"world_info",)")));
+    EXPECT_EQ(Parse(session.gateway.sent.back().second).At("client").text, label) << info;
+  }
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include "core/file_write.h"
 #include "tests/support/temporary_home.h"
 
 namespace zorvik::mcp {
@@ -12,44 +11,24 @@ namespace {
 
 using tests::ReadText;
 
-class LogFileTest : public testing::Test {
- protected:
-  // Logs without showing it and returns what standard error got.
-  static std::string Log(LogFile& log, const std::string& line) {
-    testing::internal::CaptureStderr();
-    log.Line(line);
-    return testing::internal::GetCapturedStderr();
-  }
-
-  tests::TemporaryHome home;
-  std::filesystem::path path = home.Path() / "logs" / "x.log";
-};
-
-TEST_F(LogFileTest, AFailedWriteIsMadeUpForByTheNextLine) {
-  tests::WriteText(path, "de antes\n");
-  LogFile log(path);
-  core::InjectWriteFailure(core::WriteStep::ReplaceTarget);
-  EXPECT_EQ(Log(log, "100% perdida"), "[zorvik_mcp] 100% perdida\n");
-  EXPECT_EQ(ReadText(path), "de antes\n");
-  Log(log, "fim");
-  const std::string text = ReadText(path);
-  EXPECT_EQ(text.substr(19, 14) + text.substr(text.size() - 5), " 100% perdida\n fim\n");
-  LogFile no_file{{}};
-  EXPECT_EQ(Log(no_file, "x"), "[zorvik_mcp] x\n");
-}
-
-TEST_F(LogFileTest, ShrinksToItsLast128KiBWhenItOutgrows256) {
+TEST(LogFileTest, ShrinksToItsLast128KiBWhenItOutgrows256) {
   constexpr std::size_t kStamp = 20;
+  const tests::TemporaryHome home;
+  const std::filesystem::path path = home.Path() / "logs" / "x.log";
   LogFile log(path);
-  Log(log, std::string(262'144 - kStamp - 1, 'a'));
+  testing::internal::CaptureStderr();
+  log.Line(std::string(262'144 - kStamp - 1, 'a'));
   EXPECT_EQ(ReadText(path).size(), 262'144U);
-  Log(log, "b");
+  log.Line("100% b");
   const std::string cut = ReadText(path);
   ASSERT_EQ(cut.size(), 131'072U);
   EXPECT_EQ(cut.substr(0, 2), "aa");
-  EXPECT_EQ(cut.substr(cut.size() - 3), " b\n");
-  Log(log, "c");
+  EXPECT_EQ(cut.substr(cut.size() - 8), " 100% b\n");
+  log.Line("c");
   EXPECT_EQ(ReadText(path).size(), 131'072U + kStamp + 2);
+  LogFile({}).Line("x");
+  EXPECT_TRUE(testing::internal::GetCapturedStderr().ends_with(
+      "aa\n[zorvik_mcp] 100% b\n[zorvik_mcp] c\n[zorvik_mcp] x\n"));
 }
 
 }  // namespace

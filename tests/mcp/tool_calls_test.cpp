@@ -1,74 +1,66 @@
 #include <gtest/gtest.h>
 
+#include "tests/mcp/wire.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {
 namespace {
 
-std::string Call(const std::string& params) {
-  return R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":)" + params + "}";
+using Sent = std::vector<std::pair<std::string, std::string>>;
+
+std::string Invalid(const std::string& message, const std::string& tool, const std::string& field,
+                    const std::string& reason) {
+  return ToolFailure("invalid_argument", "Argumento invalido" + message + ": " + reason,
+                     "Confira o inputSchema de " + tool + ".",
+                     R"(,"details":{"field":")" + field + R"(","reason":")" + reason + "\"}");
 }
 
-// The tool document in the oldest form of answer, whose text block holds it.
-std::string Document(const std::string& answer) {
-  core::Json value;
-  std::string error;
-  core::ParseJson(answer, value, error);
-  return value.At("result").At("content")[0].At("text").TextOr(answer);
-}
-
-TEST(ToolCallsTest, RefusesInAFixedOrder) {
-  const auto invalid = [](const std::string& message, const std::string& tool,
-                          const std::string& field, const std::string& reason) {
-    return R"({"ok":false,"error":{"code":"invalid_argument","message":")" + message +
-           R"(","hint":"Confira o inputSchema de )" + tool + R"(.","details":{"field":")" + field +
-           R"(","reason":")" + reason + R"("}}})";
-  };
-  const std::string unknown =
-      R"({"jsonrpc":"2.0","id":1,"error":{"code":-32602,"message":"Unknown tool: )";
+TEST(ToolCallsTest, AnswersWithoutAnEditorInAFixedOrder) {
   const std::string none =
-      R"({"ok":false,"error":{"code":"no_editor","message":"Nenhum editor de mundo da ZORVIK aberto )"
-      R"(com a ponte de IA.","hint":"Abra o editor (zorvik_studio) no projeto e confira Executar > )"
-      R"(Permitir IA."}})";
+      ToolFailure("no_editor", "Nenhum editor de mundo da ZORVIK aberto com a ponte de IA.",
+                  "Abra o editor (zorvik_studio) no projeto e confira Executar > Permitir IA.");
   const auto gone = [](const std::string& editors) {
-    return R"({"ok":false,"error":{"code":"editor_disconnected","message":"O editor x nao esta )"
-           R"(aberto (ou fechou).","hint":"Chame editor_list e use um dos ids.","details":)"
-           R"({"editors":[)" +
-           editors + "]}}}";
+    return ToolFailure("editor_disconnected", "O editor x nao esta aberto (ou fechou).",
+                       "Chame editor_list e use um dos ids.",
+                       R"(,"details":{"editors":[)" + editors + "]}");
   };
-  const std::string ambiguous =
-      R"({"ok":false,"error":{"code":"ambiguous_editor","message":"Ha 2 editores abertos.","hint":)"
-      R"("Passe editor_id (editor_list mostra os ids).","details":{"editors":["a","b"]}}})";
   const struct {
     int editors;
     const char* params;
-    std::string document;
+    std::string answer;
   } cases[] = {
-      {0, R"({})", unknown + "\"}}"},
-      {0, R"({"name":"World_Info"})", unknown + "World_Info\"}}"},
+      {0, R"({})", Failure("1", -32602, "Unknown tool: ")},
+      {0, R"({"name":"World_Info"})", Failure("1", -32602, "Unknown tool: World_Info")},
       {0, R"({"name":"editor_list","arguments":5})",
-       invalid("Argumento invalido: arguments deve ser um objeto", "editor_list", "",
-               "arguments deve ser um objeto")},
+       Invalid("", "editor_list", "", "arguments deve ser um objeto")},
       {0, R"({"name":"editor_list","arguments":{"editor_id":"a"}})",
-       invalid("Argumento invalido em editor_id: nao e um campo desta ferramenta", "editor_list",
-               "editor_id", "nao e um campo desta ferramenta")},
+       Invalid(" em editor_id", "editor_list", "editor_id", "nao e um campo desta ferramenta")},
       {0, R"({"name":"objects_get","arguments":{"ids":[0]}})",
-       invalid("Argumento invalido em ids[0]: deveria ser no minimo 1", "objects_get", "ids[0]",
-               "deveria ser no minimo 1")},
-      {0, R"({"name":"editor_list","arguments":null})", R"({"ok":true,"editors":[]})"},
+       Invalid(" em ids[0]", "objects_get", "ids[0]", "deveria ser no minimo 1")},
+      {0, R"({"name":"editor_list","arguments":null})",
+       OldestResult("1", R"({"ok":true,"editors":[]})", false)},
       {0, R"({"name":"world_info"})", none},
       {0, R"({"name":"world_info","arguments":{"editor_id":""}})", none},
       {0, R"({"name":"world_info","arguments":{"editor_id":"x"}})", gone("")},
       {1, R"({"name":"world_info","arguments":{"editor_id":"x"}})", gone("\"a\"")},
-      {2, R"({"name":"world_info"})", ambiguous},
+      {1, R"({"name":"editor_list"})",
+       OldestResult("1",
+                    R"({"ok":true,"editors":[{"editor_id":"a","pid":1,"project":"",)"
+                    R"("project_name":"","world":"w","world_id":"","bridge":"",)"
+                    R"("engine_version":"","started":""}]})",
+                    false)},
+      {2, R"({"name":"world_info"})",
+       ToolFailure("ambiguous_editor", "Ha 2 editores abertos.",
+                   "Passe editor_id (editor_list mostra os ids).",
+                   R"(,"details":{"editors":["a","b"]})")},
   };
   for (const auto& c : cases) {
     tests::ServerSession session;
-    if (c.editors > 0) session.gateway.Open("a");
-    if (c.editors > 1) session.gateway.Open("b");
+    for (int i = 0; i < c.editors; ++i) session.gateway.Open(i == 0 ? "a" : "b");
+    for (core::EditorRecord& record : session.gateway.editors) record.world = "w";
     session.Initialize("2025-03-26");
-    EXPECT_EQ(Document(session.Ask(Call(c.params))), c.document) << c.params;
-    EXPECT_TRUE(session.gateway.sent.empty());
+    EXPECT_EQ(session.Ask(Request("1", "tools/call", c.params)), c.answer);
+    EXPECT_EQ(session.gateway.sent, Sent{});
     EXPECT_EQ(session.server.PendingCount(), 0u);
     EXPECT_TRUE(session.log.empty());
   }
@@ -79,39 +71,23 @@ TEST(ToolCallsTest, ForwardsToTheChosenEditor) {
   session.gateway.Open("a");
   session.gateway.Open("b");
   session.Initialize("2025-03-26");
-  EXPECT_EQ(
-      session.Ask(Call(R"({"name":"objects_get","arguments":{"ids":[2.0,1],"editor_id":"b"}})")),
-      "");
+  const std::string at_a =
+      Request("1", "tools/call", R"({"name":"world_info","arguments":{"editor_id":"a"}})");
+  session.Ask(Request("1", "tools/call",
+                      R"({"name":"objects_get","arguments":{"ids":[2.0,1],"editor_id":"b"}})"));
   session.gateway.send_failure = "o motivo";
-  EXPECT_EQ(
-      Document(session.Ask(Call(R"({"name":"world_info","arguments":{"editor_id":"a"}})"))),
-      R"({"ok":false,"error":{"code":"editor_disconnected","message":"Sem conexao com o editor a: )"
-      R"(o motivo","hint":"O editor pode ter fechado; chame editor_list."}})");
-  EXPECT_EQ(session.server.PendingCount(), 1u);
+  EXPECT_EQ(session.Ask(at_a),
+            ToolFailure("editor_disconnected", "Sem conexao com o editor a: o motivo",
+                        "O editor pode ter fechado; chame editor_list."));
   session.gateway.send_failure.clear();
-  session.Ask(Call(R"({"name":"world_info","arguments":{"editor_id":"a"}})"));
-  using Sent = std::pair<std::string, std::string>;
-  const std::vector<Sent> expected = {
-      {"b",
-       R"({"id":1,"token":"token-b","op":"objects.get","args":{"ids":[2,1]},"client":"cliente ",)"
-       R"("deadline_ms":120000})"},
-      // The failed call has used the number 2.
-      {"a", R"({"id":3,"token":"token-a","op":"world.info","args":{},"client":"cliente ",)"
-            R"("deadline_ms":120000})"},
-  };
-  EXPECT_EQ(session.gateway.sent, expected);
-}
-
-TEST(ToolCallsTest, ListsEditorsWithoutTheirSecrets) {
-  tests::ServerSession session;
-  session.gateway.Open("a");
-  session.gateway.editors[0].world = "w";
-  session.gateway.editors[0].started = "s";
-  session.Initialize("2025-03-26");
+  EXPECT_EQ(session.Ask(at_a), "");
+  EXPECT_EQ(session.server.PendingCount(), 2u);
+  const std::string rest = R"(,"client":"cliente ","deadline_ms":120000})";
   EXPECT_EQ(
-      Document(session.Ask(Call(R"({"name":"editor_list"})"))),
-      R"({"ok":true,"editors":[{"editor_id":"a","pid":1,"project":"","project_name":"","world":"w",)"
-      R"("world_id":"","bridge":"","engine_version":"","started":"s"}]})");
+      session.gateway.sent,
+      (Sent{{"b", R"({"id":1,"token":"token-b","op":"objects.get","args":{"ids":[2,1]})" + rest},
+            // The failed call has used the number 2.
+            {"a", R"({"id":3,"token":"token-a","op":"world.info","args":{})" + rest}}));
 }
 
 }  // namespace
