@@ -36,52 +36,35 @@ bool ValidRequestId(const std::string& id) {
 
 }  // namespace
 
-Bridge::Bridge(World& edited, core::LocalPipeServer& server, std::string secret)
-    : deliver([this](std::int32_t connection, const std::string& /*operation*/, const Json& reply) {
-        Send(connection, reply);
-      }),
-      withdraw([](std::int32_t, std::int64_t) {}),
-      world(edited),
-      pipe(server),
-      token(std::move(secret)) {}
+Bridge::Bridge(World& edited, std::string secret) : world(edited), token(std::move(secret)) {}
 
-void Bridge::Handle(const core::LocalPipeServer::Message& message) {
+Bridge::Reply Bridge::Handle(const core::LocalPipeServer::Message& message) {
   Json request;
   std::string fault;
   // Without an id there is nobody to answer to.
-  if (!core::ParseJson(message.line, request, fault) || !request.At("id").IsInteger()) return;
+  if (!core::ParseJson(message.line, request, fault) || !request.At("id").IsInteger()) return {};
   const Json& id = request.At("id");
   const std::string& operation = request.At("op").text;
-  if (operation == "hello") {
-    Hello(message.connection, request);
-  } else if (request.At("token").text != token || !accepted.contains(message.connection)) {
-    Send(message.connection, Failure(id, Unauthorized()));
-  } else if (operation == "cancel") {
-    withdraw(message.connection, request.At("target").IntOr(-1));
-    Send(message.connection, Success(id));
-  } else {
-    deliver(message.connection, operation, Answer(request));
-  }
+  if (operation == "hello") return Hello(message.connection, request);
+  if (request.At("token").text != token || !accepted.contains(message.connection))
+    return {Failure(id, Unauthorized())};
+  // Every operation is done and answered on the spot, so there is never one to take back.
+  if (operation == "cancel") return {Success(id)};
+  return {Answer(request)};
 }
 
 void Bridge::Forget(std::int32_t connection) {
   accepted.erase(connection);
 }
 
-void Bridge::Send(std::int32_t connection, const Json& message) {
-  pipe.Send(connection, core::WriteJson(message));
-}
-
-void Bridge::Hello(std::int32_t connection, const Json& message) {
+Bridge::Reply Bridge::Hello(std::int32_t connection, const Json& message) {
   if (message.At("token").text == token &&
       message.At("bridge").text == authoring::kBridgeProtocol) {
     accepted.insert(connection);
-    Send(connection, Success(Json::Int(0)));
-  } else {
-    Forget(connection);
-    Send(connection, Failure(Json::Int(0), Unauthorized()));
-    pipe.Drop(connection);
+    return {Success(Json::Int(0))};
   }
+  Forget(connection);
+  return {.message = Failure(Json::Int(0), Unauthorized()), .hang_up = true};
 }
 
 Json Bridge::Answer(const Json& request) {

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "authoring/protocols.h"
@@ -12,7 +11,6 @@
 #include "core/local_pipe/stdio_channel.h"
 #include "core/process.h"
 #include "examples/sample_editor/bridge.h"
-#include "examples/sample_editor/misbehaviour.h"
 #include "examples/sample_editor/person.h"
 #include "examples/sample_editor/world.h"
 
@@ -27,7 +25,6 @@ struct Options {
   std::string editor_id;
   std::string project = "Exemplo";
   std::int32_t limit = 4;
-  std::vector<std::string> faults;
 };
 
 bool ReadOptions(const std::vector<std::string>& arguments, Options& options) {
@@ -38,8 +35,6 @@ bool ReadOptions(const std::vector<std::string>& arguments, Options& options) {
       options.editor_id = value;
     } else if (name == "--project") {
       options.project = value;
-    } else if (name == "--misbehave") {
-      options.faults.push_back(value);
     } else if (name == "--limit") {
       const char* const end = value.data() + value.size();
       if (value.empty() || std::from_chars(value.data(), end, options.limit).ptr != end)
@@ -68,18 +63,19 @@ core::EditorRecord MakeRecord(const Options& options) {
 }
 
 // Serves until the person leaves: "sair", or the end of the standard input.
-void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& world, Bridge& bridge,
-           Misbehaviour& misbehaviour) {
+void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& world, Bridge& bridge) {
   bool closed = false;
   while (!closed) {
-    if (!misbehaviour.Hanging()) {
-      std::vector<core::LocalPipeServer::Message> messages;
-      std::vector<std::int32_t> ended;
-      pipe.Poll(messages, ended);
-      for (const auto& message : messages) bridge.Handle(message);
-      for (const std::int32_t connection : ended) bridge.Forget(connection);
-      misbehaviour.Tick();
+    std::vector<core::LocalPipeServer::Message> messages;
+    std::vector<std::int32_t> ended;
+    pipe.Poll(messages, ended);
+    for (const auto& message : messages) {
+      const Bridge::Reply reply = bridge.Handle(message);
+      if (reply.message.kind != core::Json::Kind::Null)
+        pipe.Send(message.connection, core::WriteJson(reply.message));
+      if (reply.hang_up) pipe.Drop(message.connection);
     }
+    for (const std::int32_t connection : ended) bridge.Forget(connection);
     core::Lines lines;
     console.Poll(lines, closed);
     for (const std::string& line : lines) {
@@ -94,36 +90,21 @@ void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& worl
 
 int main(int argc, char** argv) {
   Options options;
-  core::LocalPipeServer pipe;
-  Misbehaviour misbehaviour(pipe);
-  bool understood = ReadOptions({argv + 1, argv + argc}, options);
-  for (const std::string& fault : options.faults)
-    understood = misbehaviour.Add(fault) && understood;
-  if (!understood) {
-    std::fputs(
-        "uso: zorvik_sample_editor [--id ID] [--project NOME] [--limit N]"
-        " [--misbehave TIPO[=OPERACAO]]...\n",
-        stderr);
+  if (!ReadOptions({argv + 1, argv + argc}, options)) {
+    std::fputs("uso: zorvik_sample_editor [--id ID] [--project NOME] [--limit N]\n", stderr);
     return kBadUsage;
   }
 
   // The order matters: whoever reads the record connects at once, so the pipe is open before it.
   const core::EditorRecord record = MakeRecord(options);
+  core::LocalPipeServer pipe;
   std::string error;
   if (!pipe.Open(record.pipe, error, options.limit)) {
     std::fprintf(stderr, "%s\n", error.c_str());
     return 1;
   }
   World world = MakeSampleWorld();
-  Bridge bridge(world, pipe, misbehaviour.RefusesHello() ? core::RandomHex(16) : record.token);
-  if (!options.faults.empty()) {
-    bridge.deliver = [&](std::int32_t connection, const std::string& operation, core::Json reply) {
-      misbehaviour.Deliver(connection, operation, std::move(reply));
-    };
-    bridge.withdraw = [&](std::int32_t connection, std::int64_t target) {
-      misbehaviour.Withdraw(connection, target);
-    };
-  }
+  Bridge bridge(world, record.token);
   const core::WriteResult written = core::WriteEditorRecord(record);
   if (written.status != core::WriteStatus::Ok) {
     std::fprintf(stderr, "%s\n", written.message.c_str());
@@ -131,7 +112,7 @@ int main(int argc, char** argv) {
   }
   core::StdioChannel console;
   console.Write("pronto " + record.editor_id);
-  Serve(console, pipe, world, bridge, misbehaviour);
+  Serve(console, pipe, world, bridge);
   core::RemoveEditorRecord(record.pid);
   return 0;
 }

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <sstream>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -32,7 +30,6 @@ std::string Output(const std::vector<std::string>& arguments) {
 TEST(CommandLineTest, OptionsPrintAndLeaveNothingBehind) {
   const TemporaryHome home;
   EXPECT_EQ(Output({"--version"}), kVersion);
-  EXPECT_EQ(Output({"--help"}), kHelp);
   EXPECT_EQ(Output({"--nada", "--Help", "--version", "--help"}), kVersion);
   EXPECT_EQ(Output({"--help", "--version"}), kHelp);
   const std::string catalog = Output({"--catalogo"});
@@ -42,13 +39,6 @@ TEST(CommandLineTest, OptionsPrintAndLeaveNothingBehind) {
   EXPECT_TRUE(catalog.ends_with("\n```\n\n"));
   EXPECT_EQ(catalog.find('\r'), std::string::npos);
   EXPECT_TRUE(std::filesystem::is_empty(home.Path()));
-}
-
-// The same text with every digit as a 0, for what has the shape of a time.
-std::string Shape(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
-  return text;
 }
 
 TEST(LogTest, TellsTheSessionOnStandardErrorAndInItsFile) {
@@ -64,27 +54,16 @@ TEST(LogTest, TellsTheSessionOnStandardErrorAndInItsFile) {
   EXPECT_EQ(client.Finish(), 0);
   EXPECT_EQ(client.process.ReadToEnd(), "");
 
-  const std::vector<std::string> expected = {
-      "iniciado: zorvik-mcp 0.1.0, registro em " + home.Path().string(),
-      "initialize (legado): cliente pediu 2025-03-26, servindo 2025-03-26 para prova 1",
-      "mensagem invalida: " + refusal.substr(refusal.find(':') + 2),
-      "world_info -> ok em ",
-      "objects_update -> base_revision_required em ",
-      "encerrado"};
-  std::istringstream file(ReadText(client.LogPath()));
-  std::string shown;
-  for (std::string text : expected) {
-    std::string line;
-    std::getline(file, line);
-    EXPECT_EQ(Shape(line.substr(0, 20)), "0000-00-00T00:00:00 ");
-    line.erase(0, 20);
-    shown += "[zorvik_mcp] " + line + "\n";
-    if (text.ends_with(" em "))
-      text += std::to_string(std::atoi(line.c_str() + text.size())) + " ms";
-    EXPECT_EQ(line, text);
-  }
-  EXPECT_EQ(file.peek(), std::istringstream::traits_type::eof());
-  EXPECT_EQ(client.Errors(), shown);
+  const std::string file = ReadText(client.LogPath());
+  EXPECT_EQ(std::regex_replace(file, std::regex(kStamp), "$1[zorvik_mcp] "), client.Errors());
+  EXPECT_EQ(std::regex_replace(client.Log(), std::regex(R"(\d+ ms)"), "? ms"),
+            "iniciado: zorvik-mcp 0.1.0, registro em " + home.Path().string() +
+                "\ninitialize (legado): cliente pediu 2025-03-26, servindo 2025-03-26 para prova 1"
+                "\nmensagem invalida: " +
+                refusal.substr(refusal.find(':') + 2) +
+                "\nworld_info -> ok em ? ms"
+                "\nobjects_update -> base_revision_required em ? ms"
+                "\nencerrado\n");
 }
 
 TEST(LogTest, ServerRunsOnWhereItCanNotBeWritten) {

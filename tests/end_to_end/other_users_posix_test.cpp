@@ -17,8 +17,6 @@
 #include <optional>
 #include <string>
 
-#include "core/json.h"
-#include "core/process.h"
 #include "core/win32.h"
 #include "tests/support/editor_process.h"
 #include "tests/support/mcp_client.h"
@@ -28,64 +26,49 @@ namespace zorvik::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using core::Json;
 
-std::string Message(const Json& result) {
-  return result.At("structuredContent").At("error").At("message").text;
+// What a system call came to.
+int ErrorOf(int result) {
+  return result == -1 ? errno : 0;
 }
 
 class OtherUsersTest : public testing::Test {
  protected:
   void SetUp() override {
-    if (getuid() != 0) Skip("only root can become other users");
-    if (IsSkipped()) return;
-    Become(user);
     const fs::path programs = core::win32::ExecutablePath().parent_path();
-    if (access((programs / "zorvik_mcp").c_str(), X_OK) != 0) {
-      BecomeRoot();
-      Skip("other users can't start programs in " + programs.string());
-      return;
+    if (getuid() == 0) Become(user);
+    if (getuid() != user || access((programs / "zorvik_mcp").c_str(), X_OK) != 0) {
+      std::cerr << "!!! SKIPPED: only root can become other users, who can start programs in "
+                << programs << " !!!\n";
+      GTEST_SKIP();
     }
     home.emplace();
   }
 
   void TearDown() override {
-    if (getuid() == 0) return;
-    BecomeRoot();
+    if (ErrorOf(setresuid(0, 0, 0)) != 0) return;
+    Become(0);
     home.reset();
     fs::remove_all(pipes);
     fs::remove_all("/tmp/zorvik-" + std::to_string(intruder));
     prctl(PR_SET_DUMPABLE, 1);  // Else the leak check can't look at this process.
   }
 
-  static void Skip(const std::string& why) {
-    std::cerr << "!!! SKIPPED: " << why << " !!!\n";
-    GTEST_SKIP() << why;
-  }
-
   // Programs that are started from now on are that user's alone. This process keeps a way back.
   static void Become(uid_t id) {
-    BecomeRoot();
+    ASSERT_EQ(setresuid(0, 0, 0), 0);
     ASSERT_EQ(setgroups(0, nullptr), 0);
     ASSERT_EQ(setresgid(id, id, 0), 0);
     ASSERT_EQ(setresuid(id, id, 0), 0);
   }
-  static void BecomeRoot() {
-    ASSERT_EQ(setresuid(0, 0, 0), 0);
-    ASSERT_EQ(setresgid(0, 0, 0), 0);
-  }
 
-  // What a system call of the intruder's came to.
-  template <typename Call>
-  static int ErrorOf(Call call) {
-    return call() == -1 ? errno : 0;
-  }
-
-  sockaddr_un Address(const std::string& pipe) const {
+  // Calls `function` (connect or bind) for that pipe's place.
+  template <typename Function>
+  int AtPlace(Function function, int socket, const std::string& pipe) const {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     (pipes / (pipe + ".sock")).string().copy(address.sun_path, sizeof address.sun_path - 1);
-    return address;
+    return ErrorOf(function(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
   }
 
   const uid_t user = 1'100'000'000 + static_cast<uid_t>(getpid());
@@ -100,37 +83,32 @@ TEST_F(OtherUsersTest, CantReadATokenOrReachAnEditorOrTakeItsPlace) {
   ASSERT_EQ(Outcome(client.Call("world_info")), "ok");
   const std::string record = ReadText(editor.RecordPath());
   const std::string pipe = Parse(record).At("pipe").text;
-  const sockaddr_un address = Address(pipe);
-  ASSERT_TRUE(fs::exists(address.sun_path));
+  const fs::path place = pipes / (pipe + ".sock");
+  ASSERT_TRUE(fs::exists(place));
   // The folder above is open to all, so that the programs' own folders have to protect.
   ASSERT_EQ(chmod(home->Path().c_str(), 0777), 0);
 
   Become(intruder);
-  const std::string own = (home->Path() / "alheio").string();
-  const int made = open(own.c_str(), O_RDWR | O_CREAT, 0600);
+  const fs::path own = home->Path() / "alheio";
+  WriteText(own, "");
   const int attacker = socket(AF_UNIX, SOCK_STREAM, 0);
-  ASSERT_TRUE(made >= 0 && attacker >= 0);
-  const auto* place = reinterpret_cast<const sockaddr*>(&address);
+  ASSERT_TRUE(fs::exists(own) && attacker >= 0);
   for (const fs::path& secret : {home->Editors(), home->Path() / "logs", pipes, editor.RecordPath(),
-                                 client.LogPath(), pipes / (pipe + ".lock")}) {
-    SCOPED_TRACE(secret);
-    EXPECT_EQ(ErrorOf([&] { return open(secret.c_str(), O_RDONLY); }), EACCES);
-  }
-  EXPECT_EQ(ErrorOf([&] { return connect(attacker, place, sizeof address); }), EACCES);
-  EXPECT_EQ(ErrorOf([&] { return bind(attacker, place, sizeof address); }), EACCES);
-  EXPECT_EQ(ErrorOf([&] { return unlink(address.sun_path); }), EACCES);
-  EXPECT_EQ(ErrorOf([&] { return rename(own.c_str(), address.sun_path); }), EACCES);
-  EXPECT_EQ(ErrorOf([&] { return rename(own.c_str(), editor.RecordPath().c_str()); }), EACCES);
-  EXPECT_EQ(ErrorOf([&] { return rename(pipes.c_str(), "/tmp/zorvik-alheio"); }), EPERM);
-  EXPECT_EQ(ErrorOf([&] { return kill(static_cast<pid_t>(editor.process.Id()), 0); }), EPERM);
-  close(made);
+                                 client.LogPath(), pipes / (pipe + ".lock")})
+    EXPECT_EQ(ErrorOf(open(secret.c_str(), O_RDONLY)), EACCES) << secret;
+  EXPECT_EQ(AtPlace(connect, attacker, pipe), EACCES);
+  EXPECT_EQ(AtPlace(bind, attacker, pipe), EACCES);
   close(attacker);
+  EXPECT_EQ(ErrorOf(unlink(place.c_str())), EACCES);
+  EXPECT_EQ(ErrorOf(rename(own.c_str(), place.c_str())), EACCES);
+  EXPECT_EQ(ErrorOf(rename(own.c_str(), editor.RecordPath().c_str())), EACCES);
+  EXPECT_EQ(ErrorOf(rename(pipes.c_str(), "/tmp/zorvik-alheio")), EPERM);
+  EXPECT_EQ(ErrorOf(kill(static_cast<pid_t>(editor.process.Id()), 0)), EPERM);
   {
     // Not even a server that has got hold of the record gets through.
     const TemporaryHome stolen;
     WriteText(stolen.Editors() / "1.json", record);
-    McpClient thief;
-    EXPECT_EQ(Outcome(thief.Call("world_info")), "editor_disconnected");
+    EXPECT_EQ(Outcome(McpClient().Call("world_info")), "editor_disconnected");
   }
 
   Become(user);
@@ -144,14 +122,12 @@ TEST_F(OtherUsersTest, PlaceThatIsntTheUsersAloneIsRefusedByBothEnds) {
             R"({"editor_id":"falso","token":"t","pipe":"isca","pid":)" + pid + "}");
   McpClient client;
   const auto expect_refusal = [&] {
-    ProgramStart start{.program = "zorvik_sample_editor", .error_file = home->Path() / "erros"};
-    ChildProcess editor(start);
+    const fs::path errors = home->Path() / "erros";
+    ChildProcess editor({.program = "zorvik_sample_editor", .error_file = errors});
     EXPECT_EQ(editor.Wait(), 1);
-    EXPECT_TRUE(ReadText(start.error_file).ends_with(" nao abriu (erro do Windows 5)\n"));
+    EXPECT_TRUE(ReadText(errors).ends_with(" nao abriu (erro do Windows 5)\n"));
     EXPECT_FALSE(fs::exists(home->Editors() / (std::to_string(editor.Id()) + ".json")));
-    const Json result = client.Call("world_info");
-    EXPECT_EQ(Outcome(result), "editor_disconnected");
-    EXPECT_EQ(Message(result),
+    EXPECT_EQ(Message(client.Call("world_info")),
               "Sem conexao com o editor falso: "
               "o editor em isca nao aceitou a conexao (erro do Windows 5)");
     client.Ask("ping");
@@ -162,23 +138,22 @@ TEST_F(OtherUsersTest, PlaceThatIsntTheUsersAloneIsRefusedByBothEnds) {
   const mode_t mask = umask(0);
   ASSERT_EQ(mkdir(pipes.c_str(), 0777), 0);
   const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0);
-  const sockaddr_un address = Address("isca");
-  ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(AtPlace(bind, listener, "isca"), 0);
   ASSERT_EQ(listen(listener, 4), 0);
   umask(mask);
   Become(user);
   expect_refusal();
-  EXPECT_EQ(ErrorOf([&] { return accept(listener, nullptr, nullptr); }), EAGAIN);
+  EXPECT_EQ(ErrorOf(accept(listener, nullptr, nullptr)), EAGAIN);
   close(listener);
 
   // The folder is the user's, but others get in.
-  BecomeRoot();
+  Become(0);
   ASSERT_EQ(chown(pipes.c_str(), user, user), 0);
   Become(user);
   expect_refusal();
   fs::remove_all(pipes);
   EditorProcess editor("vale");
-  EXPECT_EQ(Outcome(client.Call("world_info", R"({"editor_id":"vale"})")), "ok");
+  EXPECT_EQ(Outcome(client.Call("world_info", At("vale"))), "ok");
 }
 
 }  // namespace

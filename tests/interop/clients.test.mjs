@@ -30,7 +30,7 @@ async function connect({ Client, Transport, options }, home) {
 for (const kind of clients) {
   test(`a session with ${kind.name}`, async (t) => {
     const home = temporaryHome(t);
-    await startEditor(t, home, '--id', 'interop-editor', '--misbehave', 'never=world.summary');
+    await startEditor(t, home, 'interop-editor', 'never=world.summary');
     const client = await connect(kind, home);
     t.after(() => client.close());
     const call = (name, args = {}, options = undefined) =>

@@ -9,7 +9,7 @@ import { fileURLToPath } from 'node:url';
 const here = dirname(fileURLToPath(import.meta.url));
 const bin = resolve(process.env.ZORVIK_BIN ?? join(here, '..', '..', 'build', 'release', 'bin'));
 export const serverProgram = join(bin, 'zorvik_mcp');
-const editorProgram = join(bin, 'zorvik_sample_editor');
+const editorProgram = join(bin, 'zorvik_faulty_editor');
 
 // A home folder of its own for each test, removed when the test ends.
 export function temporaryHome(t) {
@@ -22,9 +22,9 @@ export function environment(home) {
   return { ...process.env, ZORVIK_MCP_HOME: home };
 }
 
-// An example editor that is ready to be found; it ends with the test.
-export async function startEditor(t, home, ...options) {
-  const editor = spawn(editorProgram, options, {
+// An editor that is ready to be found, with the faults that are wanted; it ends with the test.
+export async function startEditor(t, home, id, ...faults) {
+  const editor = spawn(editorProgram, ['--id', id, ...faults], {
     env: environment(home),
     stdio: ['pipe', 'pipe', 'inherit'],
   });

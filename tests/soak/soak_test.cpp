@@ -6,13 +6,14 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <memory>
+#include <optional>
 #include <random>
+#include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,25 +29,23 @@ using Clock = std::chrono::steady_clock;
 
 constexpr long kToleratedGrowthKb = 512;
 
-// What becomes of a call that meets the fault of its editor.
-enum class Fate : std::uint8_t { Answered, Lost, Unanswered };
-
+// A kind of editor, and what becomes of a call of world_summary to it.
 struct Kind {
-  const char* fault;  // Befalls `world_summary` alone.
-  Fate fate;
+  std::string fault;
+  std::string outcome;  // Empty: no answer comes until the editor ends.
   bool dies = false;
 };
-constexpr std::array<Kind, 11> kKinds = {{{"", Fate::Answered},
-                                          {"late", Fate::Answered},
-                                          {"pieces", Fate::Answered},
-                                          {"garbage", Fate::Answered},
-                                          {"flood", Fate::Answered},
-                                          {"never", Fate::Unanswered},
-                                          {"foreign-id", Fate::Unanswered},
-                                          {"huge", Fate::Lost},
-                                          {"die", Fate::Lost, true},
-                                          {"die-mid-answer", Fate::Lost, true},
-                                          {"refuse-hello", Fate::Lost}}};
+const std::array<Kind, 11> kKinds = {{{"", "ok"},
+                                      {"late=world.summary", "ok"},
+                                      {"pieces=world.summary", "ok"},
+                                      {"garbage=world.summary", "ok"},
+                                      {"flood=world.summary", "ok"},
+                                      {"never=world.summary", ""},
+                                      {"foreign-id=world.summary", ""},
+                                      {"huge=world.summary", "editor_disconnected"},
+                                      {"die=world.summary", "editor_disconnected", true},
+                                      {"die-mid-answer=world.summary", "editor_disconnected", true},
+                                      {"refuse=hello", "editor_disconnected"}}};
 
 class Day {
  public:
@@ -58,17 +57,14 @@ class Day {
       Expect(client.BeginCall("editor_list"), "ok");
       Expect(client.BeginCall("world_info"), "ambiguous_editor");
       Expect(client.BeginCall("objects_query", R"({"limit":"x"})"), "invalid_argument");
-      Expect(client.BeginCall("world_info", R"({"editor_id":"x"})"), "editor_disconnected");
+      Expect(client.BeginCall("world_info", At("x")), "editor_disconnected");
       for (std::size_t editor = 0; i % 4 == 0 && editor < editors.size(); ++editor) {
         // Calls that are in flight when a later one finds the pipe broken end only at their
         // deadline, so nothing follows the first call to an editor that will refuse it.
-        if (kinds[editor]->fault == std::string("refuse-hello")) continue;
+        if (kinds[editor]->fault == "refuse=hello") continue;
         const std::int64_t id =
-            client.BeginCall(i % 8 == 0 ? "world_info" : "objects_query", At(editor));
-        if (Chance(10))
-          Cancel(id);
-        else
-          Expect(id, "ok");
+            client.BeginCall(i % 8 == 0 ? "world_info" : "objects_query", At(Name(editor)));
+        Chance(10) ? Cancel(id) : Expect(id, "ok");
       }
     }
     Collect();
@@ -83,64 +79,57 @@ class Day {
     Expect(client.BeginCall("world_info"), "no_editor");
     Collect();
   }
-  void Finish() {
-    EXPECT_EQ(client.Finish(), 0);
-    EXPECT_EQ(client.process.ReadToEnd(), "");
-  }
 
   // Kilobytes of the server's memory.
   long Memory() const {
-    std::istringstream status(ReadText(Proc() / "status"));
-    for (std::string word; status >> word;)
-      if (word == "VmRSS:" && status >> word) return std::stol(word);
-    return -1;
+    std::smatch found;
+    const std::string status = ReadText(Proc() / "status");
+    return std::regex_search(status, found, std::regex(R"(VmRSS:\s*(\d+))")) ? std::stol(found[1])
+                                                                             : -1;
   }
   long Descriptors() const {
     const std::filesystem::directory_iterator all(Proc() / "fd");
     return static_cast<long>(std::distance(begin(all), end(all)));
   }
 
+  McpClient client;
   long calls = 0;
   long cancelled = 0;
-  long started = 0;
+  std::size_t started = 0;
   long faults = 0;
 
  private:
   bool Chance(int one_in) { return random() % static_cast<unsigned>(one_in) == 0; }
-  static std::string At(std::size_t editor) {
-    return R"({"editor_id":"e)" + std::to_string(editor) + R"("})";
-  }
+  static std::string Name(std::size_t editor) { return "e" + std::to_string(editor); }
   std::filesystem::path Proc() const { return "/proc/" + std::to_string(client.process.Id()); }
 
   void Replace(std::size_t editor) {
     if (editors[editor] && Chance(2)) editors[editor]->Kill();
     editors[editor].reset();
     // All kinds in turn, so that what they cost once is spent before memory is compared.
-    kinds[editor] = &kKinds[static_cast<std::size_t>(started++) % kKinds.size()];
-    const std::string fault = kinds[editor]->fault;
-    std::vector<std::string> misbehaviours;
-    if (!fault.empty()) misbehaviours.push_back(fault + "=world.summary");
-    editors[editor] = std::make_unique<EditorProcess>("e" + std::to_string(editor), misbehaviours);
+    kinds[editor] = &kKinds[started++ % kKinds.size()];
+    const std::string& fault = kinds[editor]->fault;
+    editors[editor] = std::make_unique<EditorProcess>(
+        Name(editor), fault.empty() ? std::vector<std::string>{} : std::vector{fault});
   }
 
   void MeetFault(std::size_t editor) {
     ++faults;
-    const std::int64_t id = client.BeginCall("world_summary", At(editor));
     const Kind& kind = *kinds[editor];
-    if (kind.fate == Fate::Unanswered && Chance(2))
-      Cancel(id);
-    else
-      Expect(id, kind.fate == Fate::Answered ? "ok" : "editor_disconnected");
-    if (kind.fate == Fate::Unanswered) {
+    const std::int64_t id = client.BeginCall("world_summary", At(Name(editor)));
+    if (!kind.outcome.empty()) {
+      Expect(id, kind.outcome);
+      if (!kind.dies) return;
+      EXPECT_EQ(editors[editor]->Die(), 9);
+    } else {
+      Chance(2) ? Cancel(id) : Expect(id, "editor_disconnected");
       client.Ask("ping");  // The call has been sent by then.
       editors[editor]->Kill();
-    } else if (kind.dies) {
-      EXPECT_EQ(editors[editor]->Die(), 9);
     }
-    if (kind.dies || kind.fate == Fate::Unanswered) editors[editor].reset();
+    editors[editor].reset();
   }
 
-  void Expect(std::int64_t id, const char* outcome) {
+  void Expect(std::int64_t id, const std::string& outcome) {
     ++calls;
     expected.emplace_back(id, outcome);
   }
@@ -148,8 +137,7 @@ class Day {
     ++calls;
     ++cancelled;
     may_come.insert(id);
-    client.Line(R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":)" +
-                std::to_string(id) + "}}");
+    client.Cancel(id);
   }
   // Every call that is expected gets its one answer; a cancelled one gets one at most.
   void Collect() {
@@ -159,12 +147,11 @@ class Day {
     client.Ask("ping");
     while (!client.Unclaimed().empty()) {
       const std::int64_t id = client.Unclaimed().begin()->first;
-      ASSERT_EQ(may_come.erase(id), 1U) << "nobody waits for " << client.AnswerLine(id);
-      client.AnswerLine(id);
+      const std::string line = client.AnswerLine(id);
+      ASSERT_EQ(may_come.erase(id), 1U) << "nobody waits for " << line;
     }
   }
 
-  McpClient client;
   std::mt19937 random{1};
   std::array<std::unique_ptr<EditorProcess>, 3> editors;
   std::array<const Kind*, 3> kinds{};
@@ -190,13 +177,9 @@ TEST(SoakTest, EveryCallIsAnsweredOnceAndNothingGrows) {
     memory.push_back(day.Memory());
     if (Clock::now() < report) continue;
     report += std::chrono::seconds(10);
-    const auto passed = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - start);
-    std::printf(
-        "%4ld s: %7ld calls, %6ld cancelled, %4ld editors started, %4ld faults, %5ld KiB, "
-        "%2ld descriptors\n",
-        static_cast<long>(passed.count()), day.calls, day.cancelled, day.started, day.faults,
-        memory.back(), day.Descriptors());
-    std::fflush(stdout);
+    std::cout << day.calls << " calls, " << day.cancelled << " cancelled, " << day.started
+              << " editors started, " << day.faults << " faults, " << memory.back() << " KiB, "
+              << day.Descriptors() << " descriptors" << std::endl;
   }
   ASSERT_GE(memory.size(), 3U);
   day.Evening();
@@ -207,12 +190,11 @@ TEST(SoakTest, EveryCallIsAnsweredOnceAndNothingGrows) {
   const long before = *std::min_element(memory.begin() + third, memory.end() - third);
   const long after = *std::min_element(memory.end() - third, memory.end());
   EXPECT_LE(after, before + kToleratedGrowthKb);
-  day.Finish();
-  std::printf(
-      "%ld calls in %ld s, each answered once (or cancelled: %ld); lowest memory %ld KiB in "
-      "the second third and %ld KiB in the last (tolerated: %ld more); %ld descriptors\n",
-      day.calls, static_cast<long>(length.count()), day.cancelled, before, after,
-      kToleratedGrowthKb, descriptors);
+  EXPECT_EQ(day.client.Finish(), 0);
+  EXPECT_EQ(day.client.process.ReadToEnd(), "");
+  std::cout << day.calls << " calls in " << length.count() << " s, each answered once (or "
+            << "cancelled: " << day.cancelled << "); lowest memory " << before
+            << " KiB in the second third and " << after << " KiB in the last\n";
 }
 
 }  // namespace

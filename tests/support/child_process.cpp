@@ -1,35 +1,83 @@
 #include "tests/support/child_process.h"
 
+#include <stdexcept>
 #include <utility>
 
+#include "core/platform/process.h"
+
 namespace zorvik::tests {
+namespace {
+
+BytePipe::Kind StreamKind(const ProgramStart& start) {
+  return start.input == ProgramStart::Input::SocketPair ? BytePipe::Kind::SocketPair
+                                                        : BytePipe::Kind::Pipe;
+}
+
+// Asks again and again until `done`.
+template <typename Condition>
+void Await(Condition done, const char* failure) {
+  const auto limit = std::chrono::steady_clock::now() + kPatience;
+  while (!done()) {
+    if (std::chrono::steady_clock::now() > limit) throw std::runtime_error(failure);
+    core::platform::Sleep(1);
+  }
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(const ProgramStart& start)
+    : input(StreamKind(start)), output(StreamKind(start)) {
+  Spawn(start);
+  input.CloseReader();
+  output.CloseWriter();
+}
+
+ChildProcess::~ChildProcess() {
+  Kill();
+  while (Running()) core::platform::Sleep(1);
+}
+
+bool ChildProcess::Write(std::string_view bytes) {
+  std::size_t count = 0;
+  while (!bytes.empty()) {
+    if (!input.Writer().Write(bytes.data(), bytes.size(), count)) return false;
+    bytes.remove_prefix(count);
+  }
+  return true;
+}
+
+bool ChildProcess::ReadSome(std::string& bytes) {
+  const core::platform::InputStream stream = output.Reader();
+  std::size_t count = 0;
+  bool open = true;
+  const auto come = [&] { return !(open = stream.Peek(count)) || count > 0; };
+  Await([&] { return come() || (stream.WaitForMore() && come()); }, "no output");
+  const std::size_t before = bytes.size();
+  bytes.resize(before + count);
+  return open && stream.Read(bytes.data() + before, count, count);
+}
 
 std::optional<std::string> ChildProcess::ReadLine() {
-  std::string bytes;
-  while (lines.empty()) {
-    bytes.clear();
-    if (!ReadSome(bytes)) return std::nullopt;
-    std::size_t begin = 0;
-    for (std::size_t end = bytes.find('\n'); end != std::string::npos;
-         end = bytes.find('\n', begin)) {
-      rest.append(bytes, begin, end - begin);
-      lines.push_back(std::exchange(rest, {}));
-      begin = end + 1;
-    }
-    rest.append(bytes, begin);
+  std::size_t end = rest.find('\n');
+  while (end == std::string::npos) {
+    const std::size_t scanned = rest.size();
+    if (!ReadSome(rest)) return std::nullopt;
+    end = rest.find('\n', scanned);
   }
-  std::string line = std::move(lines.front());
-  lines.pop_front();
+  std::string line = rest.substr(0, end);
+  rest.erase(0, end + 1);
   return line;
 }
 
 std::string ChildProcess::ReadToEnd() {
-  std::string all;
-  for (const std::string& line : std::exchange(lines, {})) all += line + '\n';
-  all += std::exchange(rest, {});
-  while (ReadSome(all)) {
+  while (ReadSome(rest)) {
   }
-  return all;
+  return std::exchange(rest, {});
+}
+
+int ChildProcess::Wait() {
+  Await([this] { return !Running(); }, "the program doesn't end");
+  return *exit_code;
 }
 
 }  // namespace zorvik::tests

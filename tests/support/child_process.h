@@ -2,13 +2,13 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tests/support/byte_pipe.h"
 
 namespace zorvik::tests {
 
@@ -22,7 +22,6 @@ struct ProgramStart {
     Pipe,
     SocketPair,  // Standard output too. Windows has none: a pipe takes its place.
     File,
-    Null,
     Closed,
   };
 
@@ -44,12 +43,12 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
-  std::uint32_t Id() const;
+  std::uint32_t Id() const { return id; }
 
   // Blocks until all is taken; false when nobody reads any more.
   bool Write(std::string_view bytes);
-  void CloseInput();
-  void CloseOutput();
+  void CloseInput() { input.CloseWriter(); }
+  void CloseOutput() { output.CloseReader(); }
   // The next line of standard output without its line feed; nothing at its end.
   std::optional<std::string> ReadLine();
   // All that is left of standard output up to its end.
@@ -57,18 +56,22 @@ class ChildProcess {
 
   // Waits for the end and gives the exit code, or the negative number of the signal that ended it.
   int Wait();
-  bool Running();
   void Kill();
 
  private:
-  struct Impl;
-
-  // Appends what has come to `bytes`, waiting for it up to kPatience; false at the end of output.
+  // Starts the program on the far ends of the pipes.
+  void Spawn(const ProgramStart& start);
+  // Notes the end of the program, if it has come.
+  bool Running();
+  // Appends what has come to `bytes`, waiting for it; false at the end of output.
   bool ReadSome(std::string& bytes);
 
-  std::unique_ptr<Impl> impl;
-  std::deque<std::string> lines;
-  std::string rest;  // Output behind the last line feed.
+  std::uint32_t id = 0;
+  OwnedHandle process;  // Windows alone.
+  std::optional<int> exit_code;
+  BytePipe input;
+  BytePipe output;
+  std::string rest;  // Output that was read and not yet asked for.
 };
 
 }  // namespace zorvik::tests

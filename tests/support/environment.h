@@ -5,10 +5,7 @@
 
 namespace zorvik::tests {
 
-// Sets an environment variable of this process to UTF-8 text, or removes it.
-void SetEnvironment(const std::string& name, const std::optional<std::string>& value);
-
-// Gives an environment variable a value, or none, until the end of the scope.
+// Gives an environment variable a value in UTF-8, or none, until the end of the scope.
 class ScopedEnvironment {
  public:
   ScopedEnvironment(std::string variable, const std::optional<std::string>& value);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
+#include <regex>
 #include <stdexcept>
 #include <utility>
 
@@ -13,8 +13,6 @@ namespace zorvik::tests {
 namespace {
 
 using core::Json;
-
-constexpr std::size_t kStampLength = 20;  // "2026-03-05T14:07:09 "
 
 ProgramStart ServerStart(ProgramStart start) {
   static int count = 0;
@@ -35,6 +33,20 @@ Json Parse(const std::string& text) {
 std::string Outcome(const Json& result) {
   if (!result.At("isError").BoolOr(true)) return "ok";
   return result.At("structuredContent").At("error").At("code").TextOr("no code");
+}
+
+std::string Message(const Json& result) {
+  return result.At("structuredContent").At("error").At("message").text;
+}
+
+std::string At(const std::string& editor) {
+  return R"({"editor_id":")" + editor + R"("})";
+}
+
+std::string ManyIds(const std::string& editor) {
+  std::string ids = "9007199254740991";
+  for (int i = 1; i < 200; ++i) ids += ",9007199254740991";
+  return R"({"editor_id":")" + editor + R"(","ids":[)" + ids + "]}";
 }
 
 McpClient::McpClient(std::string era, const ProgramStart& wanted)
@@ -68,21 +80,20 @@ std::int64_t McpClient::BeginCall(const std::string& tool, const std::string& ar
   return Begin("tools/call", R"({"name":")" + tool + R"(","arguments":)" + arguments + "}");
 }
 
+void McpClient::Cancel(std::int64_t id) {
+  Line(R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":)" +
+       std::to_string(id) + R"(,"reason":"x"}})");
+}
+
 std::string McpClient::AnswerLine(std::int64_t id) {
-  for (;;) {
-    const auto found = answers.find(id);
-    if (found != answers.end()) {
-      std::string line = std::move(found->second);
-      answers.erase(found);
-      return line;
-    }
+  while (!answers.contains(id)) {
     std::optional<std::string> line = process.ReadLine();
     if (!line) throw std::runtime_error("the server ended: " + Errors());
-    const Json message = Parse(*line);
-    const std::int64_t answered = message.At("id").IntOr(-1);
+    const std::int64_t answered = Parse(*line).At("id").IntOr(-1);
     if (!answers.emplace(answered, std::move(*line)).second)
       throw std::runtime_error("answered twice: " + std::to_string(answered));
   }
+  return std::move(answers.extract(id).mapped());
 }
 
 Json McpClient::Ask(const std::string& method, const std::string& params) {
@@ -107,10 +118,7 @@ std::filesystem::path McpClient::LogPath() const {
 }
 
 std::string McpClient::Log() const {
-  std::istringstream log(ReadText(LogPath()));
-  std::string all;
-  for (std::string line; std::getline(log, line);) all += line.substr(kStampLength) + "\n";
-  return all;
+  return std::regex_replace(ReadText(LogPath()), std::regex(kStamp), "$1");
 }
 
 }  // namespace zorvik::tests

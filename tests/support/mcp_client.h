@@ -12,11 +12,19 @@
 namespace zorvik::tests {
 
 inline const std::string kStateless = "2026-07-28";
+// The beginning of a line of the log, as a regular expression.
+inline constexpr const char* kStamp = R"((^|\n)\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d )";
 
 // The document that `text` holds; throws when it holds none.
 core::Json Parse(const std::string& text);
 // "ok", or the code of a failed tool result.
 std::string Outcome(const core::Json& result);
+// What a failed tool result says.
+std::string Message(const core::Json& result);
+// Arguments that mean that editor and no more.
+std::string At(const std::string& editor);
+// Arguments for objects_get that make its request and its answer 3 KB long.
+std::string ManyIds(const std::string& editor);
 
 // A server of its own and the client at its standard streams. The server must end by itself, with
 // status 0, once the client is destroyed.
@@ -34,6 +42,7 @@ class McpClient {
   // Sends a request, whose `params` are the text of an object, and gives its id.
   std::int64_t Begin(const std::string& method, const std::string& params = "{}");
   std::int64_t BeginCall(const std::string& tool, const std::string& arguments = "{}");
+  void Cancel(std::int64_t id);
   // Waits for the line that answers `id`. Lines that answer other requests are kept for them.
   std::string AnswerLine(std::int64_t id);
   core::Json Answer(std::int64_t id) { return Parse(AnswerLine(id)); }

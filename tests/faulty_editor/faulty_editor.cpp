@@ -1,0 +1,55 @@
+#include "tests/faulty_editor/faulty_editor.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "tests/faulty_editor/faults.h"
+
+namespace zorvik::tests {
+
+using core::Json;
+
+FaultyEditor::FaultyEditor(const std::string& pipe_name, const std::string& token,
+                           const std::vector<std::string>& wanted)
+    : bridge(world, token) {
+  for (const std::string& text : wanted) {
+    const std::size_t sign = text.find('=');
+    const Fault* const fault = FindFault(std::string_view(text).substr(0, sign));
+    if (fault == nullptr || sign == std::string::npos)
+      throw std::runtime_error("no fault of an operation: " + text);
+    faults[text.substr(sign + 1)] = fault;
+  }
+  if (!pipe.Open(pipe_name)) throw std::runtime_error("the pipe doesn't open: " + pipe_name);
+}
+
+void FaultyEditor::Turn() {
+  core::Lines lines;
+  pipe.Poll(lines);
+  for (const std::string& line : lines) Handle(line);
+  while (!later.empty() && later.begin()->first <= Clock::now())
+    Write(later.extract(later.begin()).mapped());
+}
+
+void FaultyEditor::Handle(const std::string& line) {
+  Json request;
+  std::string error;
+  if (!core::ParseJson(line, request, error)) return;
+  const std::string held = std::exchange(behind_next, {});
+  const auto found = faults.find(request.At("op").text);
+  if (found != faults.end())
+    found->second->play(*this, request);
+  else
+    Write(SoundAnswer(request));
+  Write(held);
+}
+
+std::string FaultyEditor::SoundAnswer(const Json& request) {
+  return core::WriteJson(bridge.Handle({pipe.Connection(), core::WriteJson(request)}).message) +
+         '\n';
+}
+
+void FaultyEditor::WriteLater(std::string bytes, std::chrono::milliseconds delay) {
+  later.emplace(Clock::now() + delay, std::move(bytes));
+}
+
+}  // namespace zorvik::tests

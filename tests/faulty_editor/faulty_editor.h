@@ -1,0 +1,53 @@
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/json.h"
+#include "examples/sample_editor/bridge.h"
+#include "examples/sample_editor/world.h"
+#include "tests/faulty_editor/raw_pipe.h"
+
+namespace zorvik::tests {
+
+struct Fault;
+
+// An editor that does what the example editor does, but for the operations that have a fault.
+class FaultyEditor {
+ public:
+  // Each of `wanted` is KIND=OPERATION, where the operation may also be hello or cancel. Throws
+  // when there is no such kind, or when the pipe doesn't open.
+  FaultyEditor(const std::string& pipe_name, const std::string& token,
+               const std::vector<std::string>& wanted);
+
+  // One turn of the main loop.
+  void Turn();
+
+  // What faults are made of.
+
+  // Carries the request out and gives the line with the answer, its line feed included.
+  std::string SoundAnswer(const core::Json& request);
+  void Write(std::string_view bytes) { pipe.Write(bytes); }
+  // Other answers go out meanwhile.
+  void WriteLater(std::string bytes, std::chrono::milliseconds delay);
+  // Waits for the next request and goes out behind its answer.
+  void WriteBehindNext(std::string bytes) { behind_next += bytes; }
+  void HangUp() { pipe.HangUp(); }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void Handle(const std::string& line);
+
+  RawPipe pipe;
+  sample_editor::World world = sample_editor::MakeSampleWorld();
+  sample_editor::Bridge bridge;
+  std::map<std::string, const Fault*, std::less<>> faults;  // By operation.
+  std::multimap<Clock::time_point, std::string> later;
+  std::string behind_next;
+};
+
+}  // namespace zorvik::tests
