@@ -44,16 +44,16 @@ TEST_F(AuthoringTest, OnlyAForeignChangeToTheSameElementConflicts) {
 }
 
 TEST_F(AuthoringTest, BatchIsAllOrNothing) {
-  const std::string create = R"({"ops":[{"tool":"objects_create","args":{"objects":[
-      {"ref":"a","asset":"zorvik_casa","x":1,"z":1}]}},{"tool":)";
+  const std::string create = R"({"ops":[{"tool":"objects_create","args":{"objects":[)"
+                             R"({"ref":"a","asset":"zorvik_casa","x":1,"z":1}]}},{"tool":)";
   const std::string before = World();
   const std::string bad = R"("objects_delete","args":{"ids":[9999]}}],"base_revision":1})";
   const Json refused = Do("batch_apply", create + bad, "not_found");
   EXPECT_EQ(refused.At("error").At("details").At("op").IntOr(-1), 1);
   EXPECT_EQ(World(), before);
 
-  const std::string good = R"("objects_create","args":{"objects":[
-      {"parent_ref":"a","asset":"zorvik_porta","x":0,"z":3}]}}]})";
+  const std::string good = R"("objects_create","args":{"objects":[)"
+                           R"({"parent_ref":"a","asset":"zorvik_porta","x":0,"z":3}]}}]})";
   const Json results = Do("batch_apply", create + good, "ok").At("results");
   EXPECT_EQ(results[1].At("objects")[0].At("parent").IntOr(-1),
             results[0].At("created")[0].At("id").IntOr(0));

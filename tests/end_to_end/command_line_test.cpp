@@ -6,19 +6,11 @@
 #include <vector>
 
 #include "tests/support/editor_process.h"
-#include "tests/support/environment.h"
 #include "tests/support/mcp_client.h"
 #include "tests/support/temporary_home.h"
 
 namespace zorvik::tests {
 namespace {
-
-const std::string kVersion =
-    "zorvik-mcp 0.1.0 (MCP 2026-07-28; legado 2025-11-25 2025-06-18 2025-03-26; "
-    "ponte zorvik-bridge/1)\n";
-const std::string kHelp =
-    "zorvik_mcp: servidor MCP stdio da ZORVIK. Configure-o no cliente (Codex, Claude Code) como "
-    "comando stdio;\nele fala com o editor de mundo aberto. Veja docs/world_editor/MCP.md.\n";
 
 std::string Output(const std::vector<std::string>& arguments) {
   ChildProcess process({.program = "zorvik_mcp", .arguments = arguments});
@@ -29,13 +21,16 @@ std::string Output(const std::vector<std::string>& arguments) {
 
 TEST(CommandLineTest, OptionsPrintAndLeaveNothingBehind) {
   const TemporaryHome home;
-  EXPECT_EQ(Output({"--version"}), kVersion);
-  EXPECT_EQ(Output({"--nada", "--Help", "--version", "--help"}), kVersion);
-  EXPECT_EQ(Output({"--help", "--version"}), kHelp);
+  EXPECT_EQ(Output({"--nada", "--Help", "--version", "--help"}),
+            "zorvik-mcp 0.1.0 (MCP 2026-07-28; legado 2025-11-25 2025-06-18 2025-03-26; "
+            "ponte zorvik-bridge/1)\n");
+  EXPECT_EQ(Output({"--help", "--version"}),
+            "zorvik_mcp: servidor MCP stdio da ZORVIK. Configure-o no cliente (Codex, Claude Code) "
+            "como comando stdio;\nele fala com o editor de mundo aberto. Veja "
+            "docs/world_editor/MCP.md.\n");
   const std::string catalog = Output({"--catalogo"});
   // The manual holds all of it, and scripts/update-manual compares.
-  EXPECT_TRUE(catalog.starts_with("### `editor_list` \xE2\x80\x94 Editores abertos\n\nLista os "))
-      << catalog.substr(0, 700);
+  EXPECT_TRUE(catalog.starts_with("### `editor_list` \xE2\x80\x94 Editores abertos\n\nLista os "));
   EXPECT_TRUE(catalog.ends_with("\n```\n\n"));
   EXPECT_EQ(catalog.find('\r'), std::string::npos);
   EXPECT_TRUE(std::filesystem::is_empty(home.Path()));
@@ -64,19 +59,6 @@ TEST(LogTest, TellsTheSessionOnStandardErrorAndInItsFile) {
                 "\nworld_info -> ok em ? ms"
                 "\nobjects_update -> base_revision_required em ? ms"
                 "\nencerrado\n");
-}
-
-TEST(LogTest, ServerRunsOnWhereItCanNotBeWritten) {
-  const TemporaryHome home;
-  const std::filesystem::path file = home.Path() / "arquivo";
-  WriteText(file, "");
-  const ScopedEnvironment nowhere("ZORVIK_MCP_HOME", file.string());
-  McpClient client;
-  EXPECT_EQ(Outcome(client.Call("editor_list")), "ok");
-  EXPECT_EQ(Outcome(client.Call("world_info")), "no_editor");
-  EXPECT_EQ(client.Finish(), 0);
-  EXPECT_TRUE(client.Errors().ends_with("\n[zorvik_mcp] encerrado\n"));
-  EXPECT_EQ(ReadText(file), "");
 }
 
 }  // namespace

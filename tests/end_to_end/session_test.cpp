@@ -79,7 +79,6 @@ TEST_P(SessionTest, ReadsAndSeesTheEditorsWorld) {
   EXPECT_EQ(Document("world_info").At("revision").IntOr(-1), revision + 1);
   const Json objects = Document("objects_query");
   EXPECT_EQ(objects.At("objects").items.back().At("asset").text, "zorvik_rocha");
-  EXPECT_EQ(objects.At("objects").items.size(), objects.At("total").IntOr(0));
 
   const Json capture = client.Call("inspect_capture");
   ASSERT_EQ(capture.At("content").items.size(), 2U) << core::WriteJson(capture);

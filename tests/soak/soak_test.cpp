@@ -10,9 +10,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <random>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -35,17 +33,17 @@ struct Kind {
   std::string outcome;  // Empty: no answer comes until the editor ends.
   bool dies = false;
 };
-const std::array<Kind, 11> kKinds = {{{"", "ok"},
-                                      {"late=world.summary", "ok"},
-                                      {"pieces=world.summary", "ok"},
-                                      {"garbage=world.summary", "ok"},
-                                      {"flood=world.summary", "ok"},
-                                      {"never=world.summary", ""},
-                                      {"foreign-id=world.summary", ""},
-                                      {"huge=world.summary", "editor_disconnected"},
-                                      {"die=world.summary", "editor_disconnected", true},
-                                      {"die-mid-answer=world.summary", "editor_disconnected", true},
-                                      {"refuse=hello", "editor_disconnected"}}};
+const std::vector<Kind> kKinds = {{"", "ok"},
+                                  {"late=world.summary", "ok"},
+                                  {"pieces=world.summary", "ok"},
+                                  {"garbage=world.summary", "ok"},
+                                  {"flood=world.summary", "ok"},
+                                  {"never=world.summary", ""},
+                                  {"foreign-id=world.summary", ""},
+                                  {"huge=world.summary", "editor_disconnected"},
+                                  {"die=world.summary", "editor_disconnected", true},
+                                  {"die-mid-answer=world.summary", "editor_disconnected", true},
+                                  {"refuse=hello", "editor_disconnected"}};
 
 class Day {
  public:
@@ -62,8 +60,7 @@ class Day {
         // Calls that are in flight when a later one finds the pipe broken end only at their
         // deadline, so nothing follows the first call to an editor that will refuse it.
         if (kinds[editor]->fault == "refuse=hello") continue;
-        const std::int64_t id =
-            client.BeginCall(i % 8 == 0 ? "world_info" : "objects_query", At(Name(editor)));
+        const std::int64_t id = client.BeginCall("objects_query", At(Name(editor)));
         Chance(10) ? Cancel(id) : Expect(id, "ok");
       }
     }
@@ -76,20 +73,16 @@ class Day {
   // Closes all editors, so that what the server then still holds is its own.
   void Evening() {
     for (auto& editor : editors) editor.reset();
-    Expect(client.BeginCall("world_info"), "no_editor");
-    Collect();
+    EXPECT_EQ(Outcome(client.Call("world_info")), "no_editor");
   }
 
   // Kilobytes of the server's memory.
   long Memory() const {
-    std::smatch found;
     const std::string status = ReadText(Proc() / "status");
-    return std::regex_search(status, found, std::regex(R"(VmRSS:\s*(\d+))")) ? std::stol(found[1])
-                                                                             : -1;
+    return std::atol(status.c_str() + status.find("VmRSS:") + 6);
   }
   long Descriptors() const {
-    const std::filesystem::directory_iterator all(Proc() / "fd");
-    return static_cast<long>(std::distance(begin(all), end(all)));
+    return std::distance(std::filesystem::directory_iterator(Proc() / "fd"), {});
   }
 
   McpClient client;
@@ -170,16 +163,10 @@ TEST(SoakTest, EveryCallIsAnsweredOnceAndNothingGrows) {
   Day day;
   const long descriptors = day.Descriptors();
   const Clock::time_point start = Clock::now();
-  Clock::time_point report = start;
   std::vector<long> memory;  // Kilobytes after each wave.
   while (Clock::now() - start < length && !testing::Test::HasFailure()) {
     day.Wave();
     memory.push_back(day.Memory());
-    if (Clock::now() < report) continue;
-    report += std::chrono::seconds(10);
-    std::cout << day.calls << " calls, " << day.cancelled << " cancelled, " << day.started
-              << " editors started, " << day.faults << " faults, " << memory.back() << " KiB, "
-              << day.Descriptors() << " descriptors" << std::endl;
   }
   ASSERT_GE(memory.size(), 3U);
   day.Evening();
@@ -192,9 +179,10 @@ TEST(SoakTest, EveryCallIsAnsweredOnceAndNothingGrows) {
   EXPECT_LE(after, before + kToleratedGrowthKb);
   EXPECT_EQ(day.client.Finish(), 0);
   EXPECT_EQ(day.client.process.ReadToEnd(), "");
-  std::cout << day.calls << " calls in " << length.count() << " s, each answered once (or "
-            << "cancelled: " << day.cancelled << "); lowest memory " << before
-            << " KiB in the second third and " << after << " KiB in the last\n";
+  std::cout << day.calls << " calls in " << length.count() << " s (cancelled: " << day.cancelled
+            << "), " << day.faults << " of them met a fault of " << day.started
+            << " editors; lowest memory " << before << " KiB in the second third, " << after
+            << " KiB in the last\n";
 }
 
 }  // namespace

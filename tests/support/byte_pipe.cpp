@@ -28,17 +28,17 @@ BytePipe::BytePipe([[maybe_unused]] Kind kind) {
 #ifdef _WIN32
   std::array<HANDLE, 2> ends{};
   const bool made = CreatePipe(&ends[0], &ends[1], nullptr, 65'536) != FALSE;
-  const auto number = [](HANDLE end) { return reinterpret_cast<std::intptr_t>(end); };
+  reader = OwnedHandle(reinterpret_cast<std::intptr_t>(ends[0]));
+  writer = OwnedHandle(reinterpret_cast<std::intptr_t>(ends[1]));
 #else
-  std::array<int, 2> ends{};
+  std::array<int, 2> ends = {-1, -1};
   const bool made = kind == Kind::SocketPair
                         ? socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0
                         : pipe2(ends.data(), O_CLOEXEC) == 0;
-  const auto number = [](int end) { return std::intptr_t{end}; };
+  reader = OwnedHandle(ends[0]);
+  writer = OwnedHandle(ends[1]);
 #endif
   if (!made) throw std::runtime_error("no pipe");
-  reader = OwnedHandle(number(ends[0]));
-  writer = OwnedHandle(number(ends[1]));
 }
 
 }  // namespace zorvik::tests

@@ -62,17 +62,15 @@ McpClient::~McpClient() {
   std::filesystem::remove(start.error_file, ignored);
 }
 
-std::int64_t McpClient::Begin(const std::string& method, const std::string& params) {
-  Json request = Json::Object();
-  request.Set("jsonrpc", Json::Text("2.0"));
-  request.Set("id", Json::Int(++last_id));
-  request.Set("method", Json::Text(method));
-  Json& sent = request.Set("params", Parse(params));
+std::int64_t McpClient::Begin(const std::string& method, std::string params) {
   if (version == kStateless) {
-    sent.Set("_meta", Parse(R"({"io.modelcontextprotocol/protocolVersion":"2026-07-28",)"
-                            R"("io.modelcontextprotocol/clientCapabilities":{}})"));
+    params.insert(1,
+                  std::string(R"("_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28",)"
+                              R"("io.modelcontextprotocol/clientCapabilities":{}})") +
+                      (params == "{}" ? "" : ","));
   }
-  Line(core::WriteJson(request));
+  Line(R"({"jsonrpc":"2.0","id":)" + std::to_string(++last_id) + R"(,"method":")" + method +
+       R"(","params":)" + params + "}");
   return last_id;
 }
 

@@ -40,7 +40,7 @@ class McpClient {
   // Writes one line, to which the line feed is added.
   bool Line(const std::string& line) { return process.Write(line + "\n"); }
   // Sends a request, whose `params` are the text of an object, and gives its id.
-  std::int64_t Begin(const std::string& method, const std::string& params = "{}");
+  std::int64_t Begin(const std::string& method, std::string params = "{}");
   std::int64_t BeginCall(const std::string& tool, const std::string& arguments = "{}");
   void Cancel(std::int64_t id);
   // Waits for the line that answers `id`. Lines that answer other requests are kept for them.

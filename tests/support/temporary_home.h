@@ -1,18 +1,25 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
+#include "core/platform/files.h"
+#include "core/process.h"
 #include "tests/support/environment.h"
 
 namespace zorvik::tests {
 
-// A fresh, empty folder that is McpHome() until the end of the scope and is deleted then.
+// A fresh folder that is McpHome() until the end of the scope and is deleted then.
 class TemporaryHome {
  public:
-  TemporaryHome();
-  ~TemporaryHome();
+  TemporaryHome() { std::filesystem::create_directories(folder); }
+  ~TemporaryHome() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+  }
   TemporaryHome(const TemporaryHome&) = delete;
   TemporaryHome& operator=(const TemporaryHome&) = delete;
 
@@ -20,13 +27,22 @@ class TemporaryHome {
   std::filesystem::path Editors() const { return folder / "editors"; }
 
  private:
-  std::filesystem::path folder;
-  ScopedEnvironment home;
+  std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("zorvik-test-" + core::RandomHex(8));
+  ScopedEnvironment home{"ZORVIK_MCP_HOME", core::platform::PathText(folder)};
 };
 
 // Writes a small file as it is, making the folders above it.
-void WriteText(const std::filesystem::path& path, std::string_view text);
+inline void WriteText(const std::filesystem::path& path, std::string_view text) {
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << text;
+}
+
 // The bytes of a file; empty when it can't be read.
-std::string ReadText(const std::filesystem::path& path);
+inline std::string ReadText(const std::filesystem::path& path) {
+  std::string text;
+  core::platform::ReadWholeFile(path, text);
+  return text;
+}
 
 }  // namespace zorvik::tests
