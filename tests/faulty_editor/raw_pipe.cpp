@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/platform/error_codes.h"
-#include "core/platform/process.h"
+#include "core/process.h"
 
 namespace zorvik::tests {
 
@@ -57,7 +57,7 @@ void RawPipe::Write(std::string_view bytes) {
     std::size_t count = 0;
     Progress progress = end->FinishWrite(count);
     for (; progress == Progress::Pending; progress = end->FinishWrite(count))
-      core::platform::Sleep(1);
+      core::SleepMilliseconds(1);
     if (progress == Progress::Failed) return;  // The next read finds the end.
     bytes.remove_prefix(count);
   }

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "core/platform/process.h"
+#include "core/process.h"
 
 namespace zorvik::tests {
 namespace {
@@ -19,7 +19,7 @@ void Await(Condition done, const char* failure) {
   const auto limit = std::chrono::steady_clock::now() + kPatience;
   while (!done()) {
     if (std::chrono::steady_clock::now() > limit) throw std::runtime_error(failure);
-    core::platform::Sleep(1);
+    core::SleepMilliseconds(1);
   }
 }
 
@@ -34,7 +34,7 @@ ChildProcess::ChildProcess(const ProgramStart& start)
 
 ChildProcess::~ChildProcess() {
   Kill();
-  while (Running()) core::platform::Sleep(1);
+  while (Running()) core::SleepMilliseconds(1);
 }
 
 bool ChildProcess::Write(std::string_view bytes) {
