@@ -50,12 +50,11 @@ double AnyNumber(std::mt19937_64& random) {
 
 TEST(JsonNumbersTest, FormsOfADecimal) {
   std::istringstream texts(
-      "+5 -0 007 .5 -5. 1.e2 1E+2 25e-1 0e999 0.3 1e 1E+ -2.5e- -0.000e-99999999999999999999 "
-      "1e-320 "
+      "+5 -0 007 .5 -5. 1.e2 1E+2 25e-1 0e999 0.3 1e 1E+ -2.5e- 1e-320 1e400 -1e-400 "
       "9007199254740993 9007199254740995 9007199254740993.0000000000000000001 123456789012345678 "
-      "18446744073709551615 18446744073709551617 8.7e22 1.7976931348623157e308 1e400 -1e-400 "
+      "18446744073709551615 18446744073709551617 8.7e22 1.7976931348623157e308 "
       "1.7976931348623159e308 2.2250738585072014e-308 2.4703282292062328e-324 2.47e-324 "
-      "1e99999999999999999999");
+      "1e99999999999999999999 -0.000e-99999999999999999999");
   for (std::string text; texts >> text;) ExpectReadAsByTheLibrary(text);
   const std::string zeros(400, '0');
   const std::string nines(400, '9');
@@ -77,7 +76,7 @@ TEST(JsonNumbersTest, RandomDecimalsAreReadToTheNearestDouble) {
       text += static_cast<char>('0' + random() % 10);
     text.insert(random() % (text.size() + 1), ".");
     const int range = i % 2 == 0 ? 25 : 345;
-    text += "e" + std::to_string(static_cast<int>(random() % (2 * range)) - range);
+    text += "e" + std::to_string(static_cast<int>(random() % 1'000) % (2 * range) - range);
     ExpectReadAsByTheLibrary(text);
   }
 }

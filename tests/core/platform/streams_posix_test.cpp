@@ -36,7 +36,8 @@ TEST_P(StreamsPosixTest, PeekNeverMissesWhatWasWrittenJustBeforeTheEnd) {
   // The reader lets the writer into a round once it is peeking there, so that they often meet.
   std::atomic<int> entered = 0;
   std::vector<Ends> rounds;
-  for (int i = 0; i < 100; ++i) rounds.emplace_back(GetParam());
+  rounds.reserve(100);
+  while (rounds.size() < 100) rounds.emplace_back(GetParam());
   std::thread writer([&] {
     int round = 0;
     for (const Ends& ends : rounds) {
