@@ -53,6 +53,16 @@ TEST_F(StdioChannelTest, WaitingForMoreEndsWithBytesAndWithTheInput) {
   EXPECT_EQ(Poll(channel, true), Lines{});  // A lone carriage return is no line.
 }
 
+TEST_F(StdioChannelTest, AnEndlessLineEndsTheInputUnread) {
+  const std::string chunk(32'768, 'x');
+  for (std::size_t sent = 0; sent < kLineRestLimit; sent += chunk.size()) {
+    Feed(chunk);
+    ASSERT_EQ(Poll(channel, false), Lines{});
+  }
+  Feed("x");
+  EXPECT_EQ(Poll(channel, true), Lines{});
+}
+
 TEST_F(StdioChannelTest, OnePollTakesAtMost64Reads) {
   constexpr std::size_t kLines = 3'000'000;
   // Cutting short lines takes longer than writing them, so the pipe never runs dry.
