@@ -47,7 +47,7 @@ class ClientStreamsTest : public testing::TestWithParam<ProgramStart> {
 };
 
 TEST_P(ClientStreamsTest, LinesAreFoundHoweverTheyAreCut) {
-  for (const char byte : "\r\n\n" + kPing + "\r\n" + kPing + "\n")
+  for (const char byte : std::string("\r\n\n").append(kPing).append("\r\n").append(kPing) + "\n")
     ASSERT_TRUE(client.process.Write(std::string(1, byte)));
   EXPECT_EQ(client.process.ReadLine(), kPong);
   EXPECT_EQ(client.process.ReadLine(), kPong);

@@ -97,9 +97,8 @@ void DieMidAnswer(FaultyEditor& editor, const Json& request) {
 
 // All of the answer is there, but for what ends its line.
 void DieBeforeLineFeed(FaultyEditor& editor, const Json& request) {
-  std::string line = editor.SoundAnswer(request);
-  line.pop_back();
-  editor.Write(line);
+  const std::string line = editor.SoundAnswer(request);
+  editor.Write(std::string_view(line).substr(0, line.find('\n')));
   Die();
 }
 

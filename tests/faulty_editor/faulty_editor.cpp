@@ -44,8 +44,8 @@ void FaultyEditor::Handle(const std::string& line) {
 }
 
 std::string FaultyEditor::SoundAnswer(const Json& request) {
-  return core::WriteJson(bridge.Handle({pipe.Connection(), core::WriteJson(request)}).message) +
-         '\n';
+  const Json answer = bridge.Handle({pipe.Connection(), core::WriteJson(request)}).message;
+  return answer.kind == Json::Kind::Null ? "" : core::WriteJson(answer) + '\n';
 }
 
 void FaultyEditor::WriteLater(std::string bytes, std::chrono::milliseconds delay) {

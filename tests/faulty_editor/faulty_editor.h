@@ -34,7 +34,7 @@ class FaultyEditor {
   // Other answers go out meanwhile.
   void WriteLater(std::string bytes, std::chrono::milliseconds delay);
   // Waits for the next request and goes out behind its answer.
-  void WriteBehindNext(std::string bytes) { behind_next += bytes; }
+  void WriteBehindNext(std::string_view bytes) { behind_next += bytes; }
   void HangUp() { pipe.HangUp(); }
 
  private:

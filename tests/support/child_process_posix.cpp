@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <stdexcept>
 
@@ -42,9 +43,9 @@ void ChildProcess::Spawn(const ProgramStart& start) {
 
   std::vector<std::string> arguments = start.arguments;
   arguments.insert(arguments.begin(), core::win32::ExecutablePath().parent_path() / start.program);
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) pointers.push_back(argument.data());
-  pointers.push_back(nullptr);
+  std::vector<char*> pointers(arguments.size() + 1);
+  std::transform(arguments.begin(), arguments.end(), pointers.begin(),
+                 [](std::string& argument) { return argument.data(); });
   pid_t pid = -1;
   const int failure =
       posix_spawn(&pid, pointers[0], &actions, &attributes, pointers.data(), environ);
