@@ -102,12 +102,13 @@ void DieBeforeLineFeed(FaultyEditor& editor, const Json& request) {
   Die();
 }
 
-// As an editor to which the token of the record says nothing; for `hello`.
+// As an editor to which the token of the record says nothing; for `hello`. It leaves the hanging up
+// to the server.
 void Refuse(FaultyEditor& editor, const Json& request) {
   Json stranger = request;
   stranger.Set("token", Json::Text("desconhecido"));
   editor.Write(editor.SoundAnswer(stranger));
-  editor.HangUp();
+  editor.Ignore();
 }
 
 constexpr Fault kFaults[] = {

@@ -11,7 +11,7 @@ using core::Json;
 
 FaultyEditor::FaultyEditor(const std::string& pipe_name, const std::string& token,
                            const std::vector<std::string>& wanted)
-    : bridge(world, token) {
+    : pipe(pipe_name), bridge(world, token) {
   for (const std::string& text : wanted) {
     const std::size_t sign = text.find('=');
     const Fault* const fault = FindFault(std::string_view(text).substr(0, sign));
@@ -19,7 +19,6 @@ FaultyEditor::FaultyEditor(const std::string& pipe_name, const std::string& toke
       throw std::runtime_error("no fault of an operation: " + text);
     faults[text.substr(sign + 1)] = fault;
   }
-  if (!pipe.Open(pipe_name)) throw std::runtime_error("the pipe doesn't open: " + pipe_name);
 }
 
 void FaultyEditor::Turn() {
@@ -33,7 +32,7 @@ void FaultyEditor::Turn() {
 void FaultyEditor::Handle(const std::string& line) {
   Json request;
   std::string error;
-  if (!core::ParseJson(line, request, error)) return;
+  if (pipe.Connection() == ignored || !core::ParseJson(line, request, error)) return;
   const std::string held = std::exchange(behind_next, {});
   const auto found = faults.find(request.At("op").text);
   if (found != faults.end())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
@@ -35,7 +36,8 @@ class FaultyEditor {
   void WriteLater(std::string bytes, std::chrono::milliseconds delay);
   // Waits for the next request and goes out behind its answer.
   void WriteBehindNext(std::string_view bytes) { behind_next += bytes; }
-  void HangUp() { pipe.HangUp(); }
+  // Takes notice of nothing more from this client.
+  void Ignore() { ignored = pipe.Connection(); }
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -48,6 +50,7 @@ class FaultyEditor {
   std::map<std::string, const Fault*, std::less<>> faults;  // By operation.
   std::multimap<Clock::time_point, std::string> later;
   std::string behind_next;
+  std::int32_t ignored = 0;  // A connection.
 };
 
 }  // namespace zorvik::tests

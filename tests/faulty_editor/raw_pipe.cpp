@@ -1,5 +1,6 @@
 #include "tests/faulty_editor/raw_pipe.h"
 
+#include <stdexcept>
 #include <utility>
 
 #include "core/platform/error_codes.h"
@@ -15,21 +16,21 @@ constexpr std::size_t kReadLimit = 65'536;
 
 }  // namespace
 
-bool RawPipe::Open(const std::string& pipe_name) {
-  name = pipe_name;
-  return service.Prepare() && Listen();
+RawPipe::RawPipe(std::string pipe_name) : name(std::move(pipe_name)) {
+  service.Prepare();
+  Listen();
 }
 
-bool RawPipe::Listen() {
+void RawPipe::Listen() {
   // The end that was used stays until the new one waits, so that clients find the name all along.
   auto fresh = std::make_unique<core::platform::PipeEnd>();
-  const bool well = service.Create(name, end == nullptr, 2, *fresh) == core::platform::kNoError &&
-                    service.Listen(*fresh, connected) == core::platform::kNoError;
+  if (service.Create(name, end == nullptr, 2, *fresh) != core::platform::kNoError ||
+      service.Listen(*fresh, connected) != core::platform::kNoError)
+    throw std::runtime_error("the pipe doesn't open: " + name);
   end = std::move(fresh);
   incoming.Clear();
   reading = false;
   ++connection;
-  return well;
 }
 
 void RawPipe::Poll(core::Lines& lines) {
@@ -39,12 +40,12 @@ void RawPipe::Poll(core::Lines& lines) {
     connected = connected || progress == Progress::Done;
   }
   while (connected) {
-    if (!reading && !end->StartRead(kReadLimit)) return HangUp();
+    if (!reading && !end->StartRead(kReadLimit)) return Listen();
     reading = true;
     std::string_view bytes;
     const Progress progress = end->FinishRead(bytes, 0);
     if (progress == Progress::Pending) return;
-    if (progress == Progress::Failed) return HangUp();
+    if (progress == Progress::Failed) return Listen();
     reading = false;
     incoming.Append(bytes);
     core::TakeLines(incoming, lines);
@@ -61,10 +62,6 @@ void RawPipe::Write(std::string_view bytes) {
     if (progress == Progress::Failed) return;  // The next read finds the end.
     bytes.remove_prefix(count);
   }
-}
-
-void RawPipe::HangUp() {
-  Listen();
 }
 
 }  // namespace zorvik::tests

@@ -14,20 +14,19 @@ namespace zorvik::tests {
 // nor adds anything, so a fault decides over every byte that goes out, and when.
 class RawPipe {
  public:
-  // False when the name can't be served.
-  bool Open(const std::string& pipe_name);
+  // Throws when the name can't be served.
+  explicit RawPipe(std::string pipe_name);
   // Appends the lines that have come, after waiting for a client where there is none.
   void Poll(core::Lines& lines);
   // Returns when the client has taken all of it, or has gone.
   void Write(std::string_view bytes);
-  // Parts from the client and waits for the next one.
-  void HangUp();
 
   // Tells one client from the next.
   std::int32_t Connection() const { return connection; }
 
  private:
-  bool Listen();
+  // Parts from the client and waits for the next one.
+  void Listen();
 
   std::string name;
   core::platform::PipeService service;
