@@ -16,7 +16,7 @@ class RawPipe {
  public:
   // Throws when the name can't be served.
   explicit RawPipe(std::string pipe_name);
-  // Appends the lines that have come, after waiting for a client where there is none.
+  // Appends the lines that have come, or takes in the client that has come. Never waits.
   void Poll(core::Lines& lines);
   // Returns when the client has taken all of it, or has gone.
   void Write(std::string_view bytes);
