@@ -40,7 +40,8 @@ inline constexpr std::array<std::uint64_t, kPowersOfFive.size()> kReciprocalsOfF
 inline bool DivideByPowerOfTen(std::uint64_t mantissa, std::size_t scale, double& out) {
   const int shift = std::countl_zero(mantissa);
   WideProduct quotient = MultiplyWide(mantissa << shift, kReciprocalsOfFive[scale]);
-  // The true quotient is less than 2 above quotient.high.
+  // The true quotient is less than 2 above quotient.high: less than 1 for the cut reciprocal, since
+  // the other factor is below 2^64, and less than 1 for quotient.low.
   int exponent =
       1 - shift - static_cast<int>(std::bit_width(kPowersOfFive[scale])) - static_cast<int>(scale);
   // 53 bits are kept; the rest says which way to round, unless it is too close to a half.

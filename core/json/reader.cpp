@@ -21,7 +21,6 @@ constexpr int kDepthLimit = 65;
 // The room that an object and a list of texts begin with.
 constexpr std::size_t kFirstFields = 4;
 constexpr std::size_t kFirstTexts = 4;
-constexpr std::size_t kFieldsBeforeCounting = 16;
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
@@ -104,52 +103,31 @@ bool NearestDouble(const char* at, const char* mantissa_end, const char* end, do
   return std::from_chars(at, end, out).ec == std::errc();
 }
 
-// Counts the bytes from `at` on for which the predicate holds, up to the first of the four stops.
-// Works in blocks, so that it never looks far beyond what it counts.
-template <class Predicate>
-std::size_t CountUntil(const char* at, const char* end, std::array<char, 4> stops,
-                       Predicate counts) {
-  constexpr std::ptrdiff_t kBlock = 1'024;
-  constexpr std::ptrdiff_t kPart = 128;
-  std::size_t count = 0;
-  for (bool inside = true; inside && at < end;) {
-    const char* const block_end = at + std::min(kBlock, end - at);
-    const char* stop = block_end;
-    for (const char c : stops) {
-      const void* const found = std::memchr(at, c, static_cast<std::size_t>(stop - at));
-      if (found != nullptr) stop = static_cast<const char*>(found);
-    }
-    inside = stop == block_end;
-    while (at < stop) {
-      // In a byte, of which the processor adds up many at once.
-      std::uint8_t hits = 0;
-      for (const char* const part_end = at + std::min(kPart, stop - at); at < part_end; ++at)
-        hits = static_cast<std::uint8_t>(hits + counts(at));
-      count += hits;
-    }
-  }
-  return count;
-}
-
 // How many items of a list follow up to the next text, container or end: 1 if the next item is one
 // of those. No more than a list may hold, since a broken one may be nothing but commas.
 std::size_t CountScalars(const char* at, const char* end) {
+  const auto is_stop = [](char c) { return c == '"' || c == '{' || c == '[' || c == ']'; };
   // Most lists are short: positions, colours, limits.
   constexpr std::ptrdiff_t kShort = 64;
   std::size_t count = 1;
-  for (const char* const near = at + std::min(kShort, end - at); at < near; ++at)
-    if (*at == ',')
-      ++count;
-    else if (*at == '"' || *at == '{' || *at == '[' || *at == ']')
-      return count;
-  const auto is_comma = [](const char* c) { return *c == ','; };
-  return std::min(kItemLimit, count + CountUntil(at, end, {'"', '{', '[', ']'}, is_comma));
-}
-
-// The same for an object's fields behind the one whose value begins at `at`.
-std::size_t CountFields(const char* at, const char* end) {
-  const auto ends_key = [](const char* c) { return (*c == ':') & (c[-1] == '"'); };
-  return std::min(kFieldLimit, 1 + CountUntil(at, end, {'{', '[', ']', '}'}, ends_key));
+  for (const char* const near = at + std::min(kShort, end - at); at < near; ++at) {
+    if (is_stop(*at)) return count;
+    count += *at == ',' ? 1 : 0;
+  }
+  // The others are long. In blocks, so as never to look far beyond what is counted.
+  constexpr std::ptrdiff_t kBlock = 1'024;
+  for (bool inside = true; inside && at < end;) {
+    const char* const block_end = at + std::min(kBlock, end - at);
+    const char* stop = block_end;
+    for (const char c : {'"', '{', '[', ']'}) {
+      const void* const found = std::memchr(at, c, static_cast<std::size_t>(stop - at));
+      if (found != nullptr) stop = static_cast<const char*>(found);
+    }
+    count += static_cast<std::size_t>(std::count(at, stop, ','));
+    inside = stop == block_end;
+    at = stop;
+  }
+  return std::min(kItemLimit, count);
 }
 
 // Gives back the room of a list that has ended when more than a quarter of it is unused.
@@ -266,8 +244,6 @@ const char* Reader::Object(const char* at, Json& out, int depth, const Json& mod
         return at == nullptr ? nullptr : Fail("objeto com campos demais");
       }
     }
-    if (count >= kFieldsBeforeCounting && count == out.fields.capacity())
-      out.fields.reserve(count + std::max(count, CountFields(at, end)));
     Json::Field& field = out.fields.emplace_back(
         std::piecewise_construct, std::forward_as_tuple(key), std::forward_as_tuple());
     // Where there is no model, the field before may be one: schemas of many properties are alike.

@@ -19,12 +19,6 @@ inline std::uint64_t LoadEightBytes(const char* at) {
   return word;
 }
 
-inline std::uint32_t LoadFourBytes(const char* at) {
-  std::uint32_t word = 0;
-  std::memcpy(&word, at, sizeof word);
-  return word;
-}
-
 // How many of eight bytes stand in front of the first text break; 8 when there is none.
 inline std::size_t CountPlainBytes(std::uint64_t word) {
   // Subtracting makes the top bit of a byte appear where the byte was smaller than the subtrahend.
@@ -44,10 +38,12 @@ inline std::size_t CountPlainBytes(std::uint64_t word) {
 inline const char* TakeDigits(const char* at, const char* end, std::uint64_t& number) {
   constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
   while (end - at >= 8) {
-    // A digit's byte becomes its value here, and any other becomes at least 10.
+    // A digit's byte becomes its value here, and any other at least 10, so that 6 more reach its
+    // upper half. A carry comes only out of a byte whose upper half says no already.
     std::uint64_t values = LoadEightBytes(at) ^ (kOnes * '0');
     if (((values | (values + kOnes * 6)) & (kOnes * 0xF0)) != 0) break;
-    // Eight digits: pairs, fours and eights are put together at once.
+    // Eight digits: pairs, fours and eights are put together at once. No sum leaves its lane, since
+    // 99 fits a byte and 9'999 two.
     values = (values * (1 + (10 << 8))) >> 8 & 0x00FF'00FF'00FF'00FF;
     values = (values * (1 + (100 << 16))) >> 16 & 0x0000'FFFF'0000'FFFF;
     values = (values * (1 + (std::uint64_t{10'000} << 32))) >> 32;

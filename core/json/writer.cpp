@@ -110,7 +110,9 @@ void WriteKey(char separator, std::string_view key, TextOutput& out) {
 }
 
 // Writes a number below 10^8 with leading zeros. Halves, pairs and single digits are taken apart in
-// one word, whose lowest byte comes first in memory.
+// one word, whose lowest byte comes first in memory. The divisions are multiplications that are
+// exact for what comes here: 10'486 is 2^20 / 100 + 0.24, and 9'999 * 0.24 / 2^20 < 1 / 100;
+// 103 is 2^10 / 10 + 0.6, and 99 * 0.6 / 2^10 < 1 / 10.
 void PutEightDigits(std::uint32_t number, char* to) {
   std::uint64_t digits = number / 10'000 | std::uint64_t{number % 10'000} << 32;
   const std::uint64_t hundreds = (digits * 10'486) >> 20 & 0x0000'007F'0000'007F;
