@@ -91,6 +91,15 @@ std::string ShortNumbers() {
   return text + "]";
 }
 
+// Lists of one list each, as deep as is allowed: the most memory for its text.
+std::string NestedLists() {
+  constexpr std::size_t kDepth = 63;
+  const std::string piece = std::string(kDepth, '[') + std::string(kDepth, ']');
+  std::string text = "[" + piece;
+  while (text.size() + piece.size() + 2 <= kDocumentLimit) text += "," + piece;
+  return text + "]";
+}
+
 std::string Escapes() {
   const std::string piece = R"(\n\"\u00e9\\\u0001\t\ud83d\ude00)";
   std::string text = "\"";
@@ -106,6 +115,7 @@ const std::vector<Document>& Documents() {
       {"terrain_sample", TerrainSampleReply()}, {"capture", CaptureReply()},
       {"hostile_keys", LargeObject(0)},         {"hostile_objects", LargeObjects()},
       {"hostile_numbers", ShortNumbers()},      {"hostile_escapes", Escapes()},
+      {"hostile_lists", NestedLists()},
   };
   return documents;
 }
