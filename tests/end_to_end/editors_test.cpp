@@ -57,11 +57,8 @@ TEST(EditorsTest, DeathEndsExactlyItsOwnCalls) {
   // Once this has its answer, the calls before it have reached the editor too.
   EXPECT_EQ(Outcome(client.Call("world_summary", At("a"))), "ok");
   dying.Kill();
-  for (const std::int64_t id : lost) {
-    const Json result = client.Answer(id).At("result");
-    EXPECT_EQ(Outcome(result), "editor_disconnected");
-    EXPECT_EQ(Message(result), "A conexao com o editor a caiu antes da resposta.");
-  }
+  for (const std::int64_t id : lost)
+    EXPECT_EQ(Outcome(client.Answer(id).At("result")), "editor_disconnected");
   EXPECT_EQ(Outcome(client.Answer(elsewhere).At("result")), "ok");
 
   // What the dead one left behind goes with the next look, and the one that lives is found alone.
@@ -85,22 +82,6 @@ TEST(EditorsTest, CancelledCallIsNeverAnswered) {
   EXPECT_EQ(client.Finish(), 0);
   EXPECT_EQ(client.process.ReadToEnd(), "");
   EXPECT_NE(client.Log().find("\ncancelado pelo cliente: world_info\n"), std::string::npos);
-}
-
-TEST(EditorsTest, AreFoundWhileOtherRecordsComeAndGo) {
-  const TemporaryHome home;
-  const std::uint32_t gone = McpClient("").process.Id();
-  const std::string dead = R"({"editor_id":"m","pid":)" + std::to_string(gone) + R"(,"pipe":"p"})";
-  EditorProcess editor("vale");
-  McpClient client;
-  Ids ids(200);
-  for (std::int64_t& id : ids) id = client.BeginCall("world_summary");
-  for (const std::int64_t id : ids) {
-    const std::filesystem::path record = home.Editors() / ("x" + std::to_string(id) + ".json");
-    WriteText(record, id % 2 == 0 ? dead : dead.substr(0, dead.size() / 2));
-    EXPECT_EQ(Outcome(client.Answer(id).At("result")), "ok");
-    std::filesystem::remove(record);
-  }
 }
 
 }  // namespace

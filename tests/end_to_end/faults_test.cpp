@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -41,14 +40,11 @@ class FaultKindsTest : public FaultsTest, public testing::WithParamInterface<Cas
 
 TEST_P(FaultKindsTest, CostsItsOwnCallAtMost) {
   const Case& expected = GetParam();
+  SCOPED_TRACE(expected.fault);
   EditorProcess bad("mau", {expected.fault});
   const std::int64_t call = client.BeginCall("world_info", At("mau"));
   client.Ask("ping");
   EXPECT_EQ(Outcome(client.Call("world_info", At("bom"))), "ok");
-  if (expected.fault.starts_with("reorder")) {
-    EXPECT_EQ(Outcome(client.Call("world_summary", At("mau"))), "ok");
-    EXPECT_TRUE(client.Unclaimed().empty());
-  }
   const bool ends = !expected.outcome.empty();
   EXPECT_EQ(ends ? Outcome(client.Answer(call).At("result")) : "", expected.outcome);
   EXPECT_TRUE(!expected.dies || bad.Die() == 9);
@@ -61,24 +57,18 @@ INSTANTIATE_TEST_SUITE_P(
     Kinds, FaultKindsTest,
     testing::Values(Case{"refuse=hello", kLost, kLost}, Case{"die=hello", kLost, kLost, true},
                     Case{"die=world.info", kLost, kLost, true},
-                    Case{"die-mid-answer=world.info", kLost, kLost, true},
                     Case{"die-before-line-feed=world.info", kLost, kLost, true},
                     Case{"huge=world.info", kLost, "ok"}, Case{"never=world.info", "", "ok"},
-                    Case{"foreign-id=world.info", "", "ok"}, Case{"late=world.info", "ok", "ok"},
-                    Case{"reorder=world.info", "ok", "ok"}, Case{"pieces=world.info", "ok", "ok"},
-                    Case{"garbage=world.info", "ok", "ok"}, Case{"flood=world.info", "ok", "ok"},
-                    Case{"hang=world.info", "ok", "ok"}),
-    [](const auto& test) {
-      std::string name = test.param.fault;
-      for (char& letter : name) letter = std::isalnum(letter) != 0 ? letter : '_';
-      return name;
-    });
+                    Case{"late=world.info", "ok", "ok"}, Case{"garbage=world.info", "ok", "ok"}));
 
 // More than the pipe holds, both ways, so that it waits in the server and then in the editor.
 TEST_F(FaultsTest, MegabytesForAnEditorThatDoesntReadHoldUpNobodyElse) {
   EditorProcess idle("parado", {"hang=hello"});
   std::vector<std::int64_t> calls(400);
-  for (std::int64_t& id : calls) id = client.BeginCall("objects_get", ManyIds("parado"));
+  std::string many = "9007199254740991";
+  for (int i = 1; i < 200; ++i) many += ",9007199254740991";
+  many = R"({"editor_id":"parado","ids":[)" + many + "]}";
+  for (std::int64_t& id : calls) id = client.BeginCall("objects_get", many);
   for (int i = 0; i < 20; ++i) EXPECT_EQ(Outcome(client.Call("world_info", At("bom"))), "ok");
   for (const std::int64_t id : calls) {
     const core::Json result = client.Answer(id).At("result");

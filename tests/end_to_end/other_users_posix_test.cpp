@@ -116,45 +116,5 @@ TEST_F(OtherUsersTest, CantReadATokenOrReachAnEditorOrTakeItsPlace) {
   EXPECT_EQ(ReadText(editor.RecordPath()), record);
 }
 
-TEST_F(OtherUsersTest, PlaceThatIsntTheUsersAloneIsRefusedByBothEnds) {
-  const std::string pid = std::to_string(getpid());
-  WriteText(home->Editors() / (pid + ".json"),
-            R"({"editor_id":"falso","token":"t","pipe":"isca","pid":)" + pid + "}");
-  McpClient client;
-  const auto expect_refusal = [&] {
-    const fs::path errors = home->Path() / "erros";
-    ChildProcess editor({.program = "zorvik_sample_editor", .error_file = errors});
-    EXPECT_EQ(editor.Wait(), 1);
-    EXPECT_TRUE(ReadText(errors).ends_with(" nao abriu (erro do Windows 5)\n"));
-    EXPECT_FALSE(fs::exists(home->Editors() / (std::to_string(editor.Id()) + ".json")));
-    EXPECT_EQ(Message(client.Call("world_info")),
-              "Sem conexao com o editor falso: "
-              "o editor em isca nao aceitou a conexao (erro do Windows 5)");
-    client.Ask("ping");
-  };
-
-  // The intruder was there first, and listens.
-  Become(intruder);
-  const mode_t mask = umask(0);
-  ASSERT_EQ(mkdir(pipes.c_str(), 0777), 0);
-  const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0);
-  ASSERT_EQ(AtPlace(bind, listener, "isca"), 0);
-  ASSERT_EQ(listen(listener, 4), 0);
-  umask(mask);
-  Become(user);
-  expect_refusal();
-  EXPECT_EQ(ErrorOf(accept(listener, nullptr, nullptr)), EAGAIN);
-  close(listener);
-
-  // The folder is the user's, but others get in.
-  Become(0);
-  ASSERT_EQ(chown(pipes.c_str(), user, user), 0);
-  Become(user);
-  expect_refusal();
-  fs::remove_all(pipes);
-  EditorProcess editor("vale");
-  EXPECT_EQ(Outcome(client.Call("world_info", At("vale"))), "ok");
-}
-
 }  // namespace
 }  // namespace zorvik::tests

@@ -1,13 +1,11 @@
-#include "tests/faulty_editor/faults.h"
-
-#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
-#include <iterator>
+#include <map>
 #include <string>
 
 #include "core/process.h"
+#include "tests/faulty_editor/faulty_editor.h"
 
 namespace zorvik::tests {
 
@@ -18,13 +16,10 @@ namespace {
 constexpr std::chrono::milliseconds kLateness(400);
 constexpr int kHangMs = 1000;
 constexpr int kDeathStatus = 9;
-constexpr std::size_t kLongAnswer = 1'000'000;
-constexpr std::size_t kPiece = 100'000;
 // Longer than a reader takes, by more than it reads at once.
 constexpr std::size_t kHugeLine = 18'000'000;
-constexpr int kForeignId = 1000;
-constexpr int kFloodBlocks = 100;
-constexpr int kFloodLinesPerBlock = 1000;
+constexpr int kGarbageBlocks = 50;
+constexpr int kGarbageLinesPerBlock = 1000;
 
 [[noreturn]] void Die() {
   std::_Exit(kDeathStatus);
@@ -39,40 +34,14 @@ void Late(FaultyEditor& editor, const Json& request) {
   editor.WriteLater(editor.SoundAnswer(request), kLateness);
 }
 
-// Behind the answer to the next request.
-void Reorder(FaultyEditor& editor, const Json& request) {
-  editor.WriteBehindNext(editor.SoundAnswer(request));
-}
-
-void ForeignId(FaultyEditor& editor, const Json& request) {
-  Json other = request;
-  other.Set("id", Json::Int(request.At("id").IntOr(0) + kForeignId));
-  editor.Write(editor.SoundAnswer(other));
-}
-
-// Lines that answer nothing come first.
+// Lines that answer nothing come first, so many that they fill the pipe again and again.
 void Garbage(FaultyEditor& editor, const Json& request) {
-  editor.Write(
-      "isto nao e JSON\n[1, 2, 3]\n{\"ok\": true}\n\n\r\n{\"id\": 987654321, \"ok\": true}\n");
-  editor.Write(editor.SoundAnswer(request));
-}
-
-// So many lines that nobody asked for that they fill the pipe again and again.
-void Flood(FaultyEditor& editor, const Json& request) {
   std::string block;
-  for (int line = 0; line < kFloodLinesPerBlock; ++line)
-    block += "{\"id\": 987654321, \"ok\": true, \"result\": {}}\n";
-  for (int i = 0; i < kFloodBlocks; ++i) editor.Write(block);
+  for (int line = 0; line < kGarbageLinesPerBlock; ++line)
+    block +=
+        "isto nao e JSON\n[1, 2, 3]\n{\"ok\": true}\n\n\r\n{\"id\": 987654321, \"ok\": true}\n";
+  for (int i = 0; i < kGarbageBlocks; ++i) editor.Write(block);
   editor.Write(editor.SoundAnswer(request));
-}
-
-// A long answer with pauses in it.
-void Pieces(FaultyEditor& editor, const Json& request) {
-  const std::string line = editor.SoundAnswer(request).insert(1, kLongAnswer, ' ');
-  for (std::size_t begin = 0; begin < line.size(); begin += kPiece) {
-    editor.Write(line.substr(begin, kPiece));
-    core::SleepMilliseconds(2);
-  }
 }
 
 void Huge(FaultyEditor& editor, const Json& /*request*/) {
@@ -86,12 +55,6 @@ void Hang(FaultyEditor& editor, const Json& request) {
 }
 
 void DieAtOnce(FaultyEditor& /*editor*/, const Json& /*request*/) {
-  Die();
-}
-
-void DieMidAnswer(FaultyEditor& editor, const Json& request) {
-  const std::string line = editor.SoundAnswer(request);
-  editor.Write(line.substr(0, line.size() / 2));
   Die();
 }
 
@@ -111,28 +74,18 @@ void Refuse(FaultyEditor& editor, const Json& request) {
   editor.Ignore();
 }
 
-constexpr Fault kFaults[] = {
-    {"die", DieAtOnce},
-    {"die-before-line-feed", DieBeforeLineFeed},
-    {"die-mid-answer", DieMidAnswer},
-    {"flood", Flood},
-    {"foreign-id", ForeignId},
-    {"garbage", Garbage},
-    {"hang", Hang},
-    {"huge", Huge},
-    {"late", Late},
-    {"never", Never},
-    {"pieces", Pieces},
-    {"refuse", Refuse},
-    {"reorder", Reorder},
+const std::map<std::string_view, Fault> kFaults = {
+    {"die", DieAtOnce},   {"die-before-line-feed", DieBeforeLineFeed},
+    {"garbage", Garbage}, {"hang", Hang},
+    {"huge", Huge},       {"late", Late},
+    {"never", Never},     {"refuse", Refuse},
 };
 
 }  // namespace
 
-const Fault* FindFault(std::string_view kind) {
-  const auto* const found = std::find_if(std::begin(kFaults), std::end(kFaults),
-                                         [&](const Fault& fault) { return fault.kind == kind; });
-  return found == std::end(kFaults) ? nullptr : found;
+Fault FindFault(std::string_view kind) {
+  const auto found = kFaults.find(kind);
+  return found == kFaults.end() ? nullptr : found->second;
 }
 
 }  // namespace zorvik::tests

@@ -3,8 +3,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "tests/faulty_editor/faults.h"
-
 namespace zorvik::tests {
 
 using core::Json;
@@ -14,7 +12,7 @@ FaultyEditor::FaultyEditor(const std::string& pipe_name, const std::string& toke
     : pipe(pipe_name), bridge(world, token) {
   for (const std::string& text : wanted) {
     const std::size_t sign = text.find('=');
-    const Fault* const fault = FindFault(std::string_view(text).substr(0, sign));
+    const Fault fault = FindFault(std::string_view(text).substr(0, sign));
     if (fault == nullptr || sign == std::string::npos)
       throw std::runtime_error("no fault of an operation: " + text);
     faults[text.substr(sign + 1)] = fault;
@@ -33,13 +31,11 @@ void FaultyEditor::Handle(const std::string& line) {
   Json request;
   std::string error;
   if (pipe.Connection() == ignored || !core::ParseJson(line, request, error)) return;
-  const std::string held = std::exchange(behind_next, {});
   const auto found = faults.find(request.At("op").text);
   if (found != faults.end())
-    found->second->play(*this, request);
+    found->second(*this, request);
   else
     Write(SoundAnswer(request));
-  Write(held);
 }
 
 std::string FaultyEditor::SoundAnswer(const Json& request) {

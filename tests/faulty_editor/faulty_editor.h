@@ -14,7 +14,13 @@
 
 namespace zorvik::tests {
 
-struct Fault;
+class FaultyEditor;
+
+// One way to break the rules: what is done with a request in place of sound work.
+using Fault = void (*)(FaultyEditor& editor, const core::Json& request);
+
+// The fault of that kind, or null. A new kind is a function and an entry in faults.cpp.
+Fault FindFault(std::string_view kind);
 
 // An editor that does what the example editor does, but for the operations that have a fault.
 class FaultyEditor {
@@ -34,8 +40,6 @@ class FaultyEditor {
   void Write(std::string_view bytes) { pipe.Write(bytes); }
   // Other answers go out meanwhile.
   void WriteLater(std::string bytes, std::chrono::milliseconds delay);
-  // Waits for the next request and goes out behind its answer.
-  void WriteBehindNext(std::string_view bytes) { behind_next += bytes; }
   // Takes notice of nothing more from this client.
   void Ignore() { ignored = pipe.Connection(); }
 
@@ -47,9 +51,8 @@ class FaultyEditor {
   RawPipe pipe;
   sample_editor::World world = sample_editor::MakeSampleWorld();
   sample_editor::Bridge bridge;
-  std::map<std::string, const Fault*, std::less<>> faults;  // By operation.
+  std::map<std::string, Fault> faults;  // By operation.
   std::multimap<Clock::time_point, std::string> later;
-  std::string behind_next;
   std::int32_t ignored = 0;  // A connection.
 };
 

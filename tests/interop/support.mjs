@@ -36,7 +36,6 @@ export async function startEditor(t, home, id, ...faults) {
   const lines = createInterface({ input: editor.stdout })[Symbol.asyncIterator]();
   const { value } = await lines.next();
   if (!value?.startsWith('pronto ')) throw new Error(`the editor said ${value}`);
-  return editor;
 }
 
 // A server that is spoken to without any client library.

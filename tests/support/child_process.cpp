@@ -8,11 +8,6 @@
 namespace zorvik::tests {
 namespace {
 
-BytePipe::Kind StreamKind(const ProgramStart& start) {
-  return start.input == ProgramStart::Input::SocketPair ? BytePipe::Kind::SocketPair
-                                                        : BytePipe::Kind::Pipe;
-}
-
 // Asks again and again until `done`.
 template <typename Condition>
 void Await(Condition done, const char* failure) {
@@ -26,7 +21,7 @@ void Await(Condition done, const char* failure) {
 }  // namespace
 
 ChildProcess::ChildProcess(const ProgramStart& start)
-    : input(StreamKind(start)), output(StreamKind(start)) {
+    : input(start.streams), output(start.streams) {
   Spawn(start);
   input.CloseReader();
   output.CloseWriter();

@@ -18,17 +18,11 @@ inline constexpr std::chrono::seconds kPatience{60};
 
 // How to start a program. It gets the environment of this process.
 struct ProgramStart {
-  enum class Input : std::uint8_t {
-    Pipe,
-    SocketPair,  // Standard output too. Windows has none: a pipe takes its place.
-    File,
-    Closed,
-  };
-
   std::string program{};  // Its bare name; it lies in the folder of the test program.
   std::vector<std::string> arguments{};
-  Input input = Input::Pipe;
-  std::filesystem::path input_file{};  // For Input::File.
+  BytePipe::Kind streams = BytePipe::Kind::Pipe;
+  // Takes the place of the pipe to standard input; an empty path: the program gets no input at all.
+  std::optional<std::filesystem::path> input_file{};
   std::filesystem::path error_file{};  // Where standard error goes; empty: where ours goes.
   bool non_blocking_output = false;    // POSIX alone has such pipes.
 };

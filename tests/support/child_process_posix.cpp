@@ -29,12 +29,12 @@ void ChildProcess::Spawn(const ProgramStart& start) {
   if (start.non_blocking_output) fcntl(out, F_SETFL, O_WRONLY | O_NONBLOCK);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  if (start.input == ProgramStart::Input::File)
-    posix_spawn_file_actions_addopen(&actions, 0, start.input_file.c_str(), O_RDONLY, 0);
-  else if (start.input == ProgramStart::Input::Closed)
+  if (!start.input_file)
+    posix_spawn_file_actions_adddup2(&actions, static_cast<int>(input.reader.Get()), 0);
+  else if (start.input_file->empty())
     posix_spawn_file_actions_addclose(&actions, 0);
   else
-    posix_spawn_file_actions_adddup2(&actions, static_cast<int>(input.reader.Get()), 0);
+    posix_spawn_file_actions_addopen(&actions, 0, start.input_file->c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, out, 1);
   if (!start.error_file.empty()) {
     posix_spawn_file_actions_addopen(&actions, 2, start.error_file.c_str(),

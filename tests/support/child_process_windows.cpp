@@ -38,11 +38,11 @@ void ChildProcess::Spawn(const ProgramStart& start) {
   startup.hStdOutput = Inherited(output.writer);
   startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
   OwnedHandle file;
-  if (start.input == ProgramStart::Input::File) {
-    file = OpenFile(start.input_file, GENERIC_READ, OPEN_EXISTING);
-    startup.hStdInput = Inherited(file);
-  } else if (start.input != ProgramStart::Input::Closed) {
+  if (!start.input_file) {
     startup.hStdInput = Inherited(input.reader);
+  } else if (!start.input_file->empty()) {
+    file = OpenFile(*start.input_file, GENERIC_READ, OPEN_EXISTING);
+    startup.hStdInput = Inherited(file);
   }
   OwnedHandle errors;
   if (!start.error_file.empty()) {

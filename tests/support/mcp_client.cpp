@@ -35,18 +35,8 @@ std::string Outcome(const Json& result) {
   return result.At("structuredContent").At("error").At("code").TextOr("no code");
 }
 
-std::string Message(const Json& result) {
-  return result.At("structuredContent").At("error").At("message").text;
-}
-
 std::string At(const std::string& editor) {
   return R"({"editor_id":")" + editor + R"("})";
-}
-
-std::string ManyIds(const std::string& editor) {
-  std::string ids = "9007199254740991";
-  for (int i = 1; i < 200; ++i) ids += ",9007199254740991";
-  return R"({"editor_id":")" + editor + R"(","ids":[)" + ids + "]}";
 }
 
 McpClient::McpClient(std::string era, const ProgramStart& wanted)

@@ -19,12 +19,8 @@ inline constexpr const char* kStamp = R"((^|\n)\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d )"
 core::Json Parse(const std::string& text);
 // "ok", or the code of a failed tool result.
 std::string Outcome(const core::Json& result);
-// What a failed tool result says.
-std::string Message(const core::Json& result);
 // Arguments that mean that editor and no more.
 std::string At(const std::string& editor);
-// Arguments for objects_get that make its request and its answer 3 KB long.
-std::string ManyIds(const std::string& editor);
 
 // A server of its own and the client at its standard streams. The server must end by itself, with
 // status 0, once the client is destroyed.
