@@ -38,13 +38,10 @@ std::string ManyFields(int count) {
 TEST(JsonReaderTest, Accepts) {
   const std::pair<std::string, std::string> cases[] = {
       {"\xEF\xBB\xBF 1 ", "1"},
-      {"[ true , false , null ]", "[true,false,null]"},
-      {"[ ]", "[]"},
-      {"{ }", "{}"},
+      {"[ true , false , null , [ ] , { } ]", "[true,false,null,[],{}]"},
       {"{ \"a\" : 1 , \"b\" : [ ] }", "{\"a\":1,\"b\":[]}"},
       {"{\"a\":1,\"a\":2,\"b\":3}", "{\"a\":2,\"b\":3}"},
       {"{\"b\":{\"x\":1},\"a\":2,\"b\":[3]}", "{\"b\":[3],\"a\":2}"},
-      {"{\"a\":{\"x\":1},\"a\":null}", "{\"a\":null}"},
       {"{\"\":1,\"\\u0000\":2,\"\\u0061\":3,\"a\":4}", "{\"\":1,\"\\u0000\":2,\"a\":4}"},
       {R"("\"\\\/\b\f\n\r\t")", R"("\"\\/\b\f\n\r\t")"},
       {R"("\u0041\u00e9\u20AC\ud83d\ude00")", "\"A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\""},

@@ -28,15 +28,6 @@ TEST(JsonWriterTest, Texts) {
   }
 }
 
-TEST(JsonWriterTest, Containers) {
-  Json document = Json::Object();
-  Json& list = document.Set("list", Json::Array());
-  for (const Json& item : {Json::Bool(true), Json(), Json::Int(7)}) list.Add(item);
-  document.Set("empty", Json::Array());
-  document.Set("object", Json::Object()).Set("none", Json::Object());
-  EXPECT_EQ(WriteJson(document), R"({"list":[true,null,7],"empty":[],"object":{"none":{}}})");
-}
-
 TEST(JsonWriterTest, LeavesRoomForALineFeedBehindABigText) {
   const std::string written = WriteJson(Json::Text(std::string(1'000'000, 'A')));
   EXPECT_EQ(written.size(), 1'000'002U);

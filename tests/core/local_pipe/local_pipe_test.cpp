@@ -54,7 +54,6 @@ class LocalPipeTest : public testing::Test {
 
   const std::string name = "zorvik-teste-" + RandomHex(8);
   const std::string busy = "o editor em " + name + " nao aceitou a conexao (erro do Windows 231)";
-  const std::string missing = "nenhum editor escuta em " + name;
   const std::string lost = "a conexao com o editor caiu";
   std::uint64_t now = 1'000'000;  // By the client's clock.
   LocalPipeServer server;
@@ -66,16 +65,13 @@ class LocalPipeTest : public testing::Test {
 };
 
 TEST_F(LocalPipeTest, NothingMovesUnlessConnected) {
-  EXPECT_FALSE(client.Send("um", error));
-  EXPECT_EQ(error, "sem conexao com o editor");
-  error.clear();
-  EXPECT_FALSE(client.Receive(lines, error));
-  EXPECT_EQ(error, "sem conexao com o editor");
-  EXPECT_EQ(Refusal(client, 3'000), missing);
-  client.Close();
-  EXPECT_FALSE(client.Connected());
+  for (const bool by_send : {true, false}) {
+    EXPECT_FALSE(by_send ? client.Send("um", error) : client.Receive(lines, error));
+    EXPECT_EQ(error, "sem conexao com o editor");
+    EXPECT_EQ(Refusal(client, 3'000), "nenhum editor escuta em " + name);
+    error.clear();
+  }
   Poll();
-  server.Close();
   EXPECT_FALSE(server.IsOpen());
   EXPECT_FALSE(server.Send(1, "um"));
 }
@@ -114,20 +110,15 @@ TEST_F(LocalPipeTest, ALineThatIsTooLongEndsTheConnection) {
 }
 
 TEST_F(LocalPipeTest, OneClientAtATime) {
-  for (const std::int32_t limit : {1, 0, -1}) {
+  for (const std::int32_t limit : {1, -1}) {
     OpenAndConnect(limit);
-    LocalPipeClient second([&] { return now; });
-    EXPECT_EQ(Refusal(second, 0), busy);
+    LocalPipeClient second([&] { return now += 100; });
     EXPECT_EQ(Refusal(second, -5), busy);
-    LocalPipeClient patient([&] { return now += 100; });
     const std::uint64_t begin = now + 100;
-    EXPECT_EQ(Refusal(patient, 300), busy);
+    EXPECT_EQ(Refusal(second, 300), busy);
     EXPECT_EQ(now, begin + 300);
-
-    closed.clear();
     client.Close();
     Poll();
-    EXPECT_EQ(closed.size(), 1u);
     EXPECT_TRUE(second.Connect(name, 0, error)) << error;
     Poll();
     EXPECT_EQ(server.Connections(), 1u);
@@ -156,33 +147,26 @@ TEST_F(LocalPipeTest, ClientsComeOneByOneUpToTheLimit) {
   EXPECT_EQ(Heard(), (Lines{"2 do segundo", "1 do primeiro"}));
 }
 
-TEST_F(LocalPipeTest, ANameHasOneServer) {
+TEST_F(LocalPipeTest, ANameIsItsServersUntilThatClosesAndCutsOffWithoutReports) {
   OpenAndConnect();
   LocalPipeServer other;
   // Wine 8 doesn't know FILE_FLAG_FIRST_PIPE_INSTANCE: it lets a second server in.
-  if (!tests::RunsUnderWine()) {
-    EXPECT_FALSE(other.Open(name, error));
-    EXPECT_EQ(error, "o pipe " + name + " nao abriu (erro do Windows 5)");
-    EXPECT_FALSE(other.IsOpen());
-  }
-  ASSERT_TRUE(client.Send("ainda aqui", error));
-  Until([&] { return messages.size() == 1; });
-  server.Close();
-  EXPECT_TRUE(other.Open(name, error)) << error;
-}
-
-TEST_F(LocalPipeTest, CloseCutsOffWithoutReportsAndIdsGoOn) {
-  OpenAndConnect();
+  EXPECT_TRUE(tests::RunsUnderWine() || !other.Open(name, error));
+  EXPECT_TRUE(tests::RunsUnderWine() ||
+              error == "o pipe " + name + " nao abriu (erro do Windows 5)");
+  EXPECT_FALSE(other.IsOpen());
   server.Close();
   EXPECT_EQ(server.Connections(), 0u);
   EXPECT_FALSE(client.Receive(lines, error));
   EXPECT_EQ(error, lost);
-  EXPECT_EQ(Refusal(client, 0), missing);
+  EXPECT_TRUE(other.Open(name, error)) << error;
+  other.Close();
 
   OpenAndConnect();
   ASSERT_TRUE(client.Send("de novo", error));
   Until([&] { return !messages.empty(); });
-  EXPECT_EQ(Heard(), Lines{"3 de novo"});  // The second was waiting when the server was closed.
+  // Ids go on, and the second was waiting when the server was closed.
+  EXPECT_EQ(Heard(), Lines{"3 de novo"});
 
   // Opening an open server cuts off as well.
   ASSERT_TRUE(server.Open(name, error)) << error;
@@ -195,9 +179,7 @@ TEST_F(LocalPipeTest, ConnectDropsTheOldConnectionAndItsQueueFirst) {
   ASSERT_TRUE(client.Send(std::string(8'000'000, 'x'), error));
   ASSERT_TRUE(client.Send("nunca", error));
   EXPECT_FALSE(client.Connect(name + "-outro", 0, error));
-  EXPECT_FALSE(client.Connected());
   Until([&] { return !closed.empty(); });
-  EXPECT_EQ(closed, Ids{1});
   ASSERT_TRUE(client.Connect(name, 0, error)) << error;
   ASSERT_TRUE(client.Send("um", error));
   Until([&] { return !messages.empty(); });

@@ -13,10 +13,8 @@ namespace {
 
 class StdioChannelTest : public testing::Test {
  protected:
-  // The channel reads from `in` and writes to `out`.
   tests::BytePipe in;
-  tests::BytePipe out;
-  StdioChannel channel{in.Reader(), out.Writer()};
+  StdioChannel channel{in.Reader(), platform::OutputStream()};
 
   void Feed(std::string_view bytes) const {
     std::size_t count = 0;
@@ -33,24 +31,17 @@ class StdioChannelTest : public testing::Test {
 };
 
 TEST_F(StdioChannelTest, CutsLinesAcrossReadsAndDeliversTheUnfinishedLast) {
+  EXPECT_FALSE(in.Reader().WaitForMore());
   EXPECT_EQ(Poll(channel, false), Lines{});
   Feed("um\r\n\n\r\ndois\n" + std::string("tr\0e", 4));
+  EXPECT_TRUE(in.Reader().WaitForMore());
   EXPECT_EQ(Poll(channel, false), (Lines{"um", "dois"}));
   Feed("s\r\r\nresto\r");
   EXPECT_EQ(Poll(channel, false), (Lines{std::string("tr\0es\r", 6)}));
   in.CloseWriter();
+  EXPECT_TRUE(in.Reader().WaitForMore());
   EXPECT_EQ(Poll(channel, true), Lines{"resto"});
   EXPECT_EQ(Poll(channel, true), Lines{});
-}
-
-TEST_F(StdioChannelTest, WaitingForMoreEndsWithBytesAndWithTheInput) {
-  EXPECT_FALSE(in.Reader().WaitForMore());
-  Feed("a\n\r");
-  EXPECT_TRUE(in.Reader().WaitForMore());
-  EXPECT_EQ(Poll(channel, false), Lines{"a"});
-  in.CloseWriter();
-  EXPECT_TRUE(in.Reader().WaitForMore());
-  EXPECT_EQ(Poll(channel, true), Lines{});  // A lone carriage return is no line.
 }
 
 TEST_F(StdioChannelTest, AnEndlessLineEndsTheInputUnread) {
@@ -65,11 +56,11 @@ TEST_F(StdioChannelTest, AnEndlessLineEndsTheInputUnread) {
 
 TEST_F(StdioChannelTest, OnePollTakesAtMost64Reads) {
   constexpr std::size_t kLines = 3'000'000;
+  std::string bytes;
+  for (std::size_t i = 0; i < kLines; ++i) bytes += "x\n";
   // Cutting short lines takes longer than writing them, so the pipe never runs dry.
-  std::thread writer([this] {
-    std::string bytes;
-    for (std::size_t i = 0; i < kLines; ++i) bytes += "x\n";
-    Feed(bytes);
+  std::thread writer([&] {
+    Feed(bytes + "\r");  // A lone carriage return at the end is no line.
     in.CloseWriter();
   });
   std::size_t total = 0;
@@ -83,10 +74,7 @@ TEST_F(StdioChannelTest, OnePollTakesAtMost64Reads) {
   EXPECT_EQ(total, kLines);
 }
 
-TEST_F(StdioChannelTest, MissingAndBrokenStreams) {
-  platform::PrepareStandardStreams();
-  out.CloseReader();
-  EXPECT_FALSE(channel.Write("x"));
+TEST_F(StdioChannelTest, MissingStreamsTakeAndBringNothing) {
   StdioChannel none{platform::InputStream(), platform::OutputStream()};
   EXPECT_FALSE(none.Write("x"));
   EXPECT_EQ(Poll(none, true), Lines{});

@@ -14,7 +14,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -98,29 +97,24 @@ TEST_F(PipesPosixTest, RefusesNamesThatNoFileCanHave) {
 TEST_F(PipesPosixTest, TrustsOnlyAPrivateFolderOfTheSameUser) {
   EXPECT_EQ(Connect("nome"), 2);
   EXPECT_FALSE(fs::exists(folder));
-  const std::string real = folder + "-real";
-  const std::function<void()> traps[] = {[&] { mkdir(folder.c_str(), 0710); },
-                                         [&] { close(creat(folder.c_str(), 0700)); },
-                                         [&] {
-                                           mkdir(real.c_str(), 0700);
-                                           fs::create_directory_symlink(real, folder);
-                                         },
-                                         [&] {
-                                           mkdir(folder.c_str(), 0700);
-                                           BecomeRoot();
-                                           EXPECT_EQ(chown(folder.c_str(), user + 1, 0), 0);
-                                           Become(user);
-                                         }};
-  for (const auto& set : traps) {
-    SCOPED_TRACE(&set - traps);
-    set();
+  BecomeRoot();
+  const auto expect_refusal = [&](bool set) {
+    EXPECT_TRUE(set);
+    Become(user);
     EXPECT_EQ(Open("nome"), 5);
     EXPECT_EQ(Connect("nome"), 5);
     BecomeRoot();
     fs::remove(folder);
-    fs::remove(real);
-    Become(user);
-  }
+  };
+  expect_refusal(mkdir(folder.c_str(), 0710) == 0 && chown(folder.c_str(), user, 0) == 0);
+  expect_refusal(close(creat(folder.c_str(), 0700)) == 0 && chown(folder.c_str(), user, 0) == 0);
+  expect_refusal(mkdir(folder.c_str(), 0700) == 0 && chown(folder.c_str(), user + 1, 0) == 0);
+  const std::string real = folder + "-real";
+  ASSERT_TRUE(mkdir(real.c_str(), 0700) == 0 && chown(real.c_str(), user, 0) == 0);
+  expect_refusal(symlink(real.c_str(), folder.c_str()) == 0 &&
+                 lchown(folder.c_str(), user, 0) == 0);
+  fs::remove(real);
+  Become(user);
   ExpectServing();
   EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700));
   EXPECT_EQ(fs::status(socket_file).permissions(), fs::perms(0600));
