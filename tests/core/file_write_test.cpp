@@ -94,21 +94,18 @@ TEST_F(FileWriteTest, RealFailuresComeFirstAndLeaveAForcedOneArmed) {
 }
 
 TEST_F(FileWriteTest, AWriterThatGivesUpDecidesTheMessage) {
-  std::string reason;
-  bool produced = false;
-  const auto writer = [&](std::ostream& stream, std::string& text) {
-    stream << "metade";
-    stream.setstate(std::ios::failbit);  // The writer's word outweighs the stream's state.
-    text = reason;
-    return produced;
+  const auto write = [&](const std::string& reason, bool produced) {
+    const auto writer = [&](std::ostream& stream, std::string& text) {
+      stream.setstate(std::ios::failbit);  // The writer's word outweighs the stream's state.
+      text = reason;
+      return produced;
+    };
+    return WriteFileDurably(target, writer, FileEncoding::Binary);
   };
-  const auto write = [&] { return WriteFileDurably(target, writer, FileEncoding::Binary); };
-  EXPECT_EQ(write().message, "o conteúdo de nome.json não pôde ser produzido.");
-  reason = "x";
-  EXPECT_EQ(write().message, "x");
-  EXPECT_EQ(write().status, WriteStatus::ContentFailed);
-  produced = true;
-  EXPECT_EQ(write().status, WriteStatus::WriteFailed);
+  EXPECT_EQ(write("", false).message, "o conteúdo de nome.json não pôde ser produzido.");
+  EXPECT_EQ(write("x", false).message, "x");
+  EXPECT_EQ(write("x", false).status, WriteStatus::ContentFailed);
+  EXPECT_EQ(write("x", true).status, WriteStatus::WriteFailed);
   EXPECT_TRUE(std::filesystem::is_empty(target.parent_path()));
 }
 

@@ -109,22 +109,6 @@ TEST_F(LocalPipeTest, ALineThatIsTooLongEndsTheConnection) {
   EXPECT_EQ(server.Connections(), 0u);
 }
 
-TEST_F(LocalPipeTest, OneClientAtATime) {
-  for (const std::int32_t limit : {1, -1}) {
-    OpenAndConnect(limit);
-    LocalPipeClient second([&] { return now += 100; });
-    EXPECT_EQ(Refusal(second, -5), busy);
-    const std::uint64_t begin = now + 100;
-    EXPECT_EQ(Refusal(second, 300), busy);
-    EXPECT_EQ(now, begin + 300);
-    client.Close();
-    Poll();
-    EXPECT_TRUE(second.Connect(name, 0, error)) << error;
-    Poll();
-    EXPECT_EQ(server.Connections(), 1u);
-  }
-}
-
 TEST_F(LocalPipeTest, ClientsComeOneByOneUpToTheLimit) {
   ASSERT_TRUE(server.Open(name, error, 2));
   ASSERT_TRUE(client.Connect(name, 0, error));
@@ -138,13 +122,19 @@ TEST_F(LocalPipeTest, ClientsComeOneByOneUpToTheLimit) {
   ASSERT_TRUE(second.Connect(name, 1'000, error)) << error;
   Poll();
   EXPECT_EQ(server.Connections(), 2u);
-  LocalPipeClient third;
-  EXPECT_EQ(Refusal(third, 0), busy);
+  LocalPipeClient third([&] { return now += 100; });
+  EXPECT_EQ(Refusal(third, -5), busy);
+  const std::uint64_t begin = now + 100;
+  EXPECT_EQ(Refusal(third, 300), busy);
+  EXPECT_EQ(now, begin + 300);
   ASSERT_TRUE(second.Send("do segundo", error));
   Until([&] { return messages.size() == 1; });
   ASSERT_TRUE(client.Send("do primeiro", error));
   Until([&] { return messages.size() == 2; });
   EXPECT_EQ(Heard(), (Lines{"2 do segundo", "1 do primeiro"}));
+  second.Close();
+  Poll();
+  EXPECT_TRUE(third.Connect(name, 0, error)) << error;
 }
 
 TEST_F(LocalPipeTest, ANameIsItsServersUntilThatClosesAndCutsOffWithoutReports) {
@@ -175,7 +165,7 @@ TEST_F(LocalPipeTest, ANameIsItsServersUntilThatClosesAndCutsOffWithoutReports) 
 }
 
 TEST_F(LocalPipeTest, ConnectDropsTheOldConnectionAndItsQueueFirst) {
-  OpenAndConnect();
+  OpenAndConnect(-1);  // One at a time, but one after the other.
   ASSERT_TRUE(client.Send(std::string(8'000'000, 'x'), error));
   ASSERT_TRUE(client.Send("nunca", error));
   EXPECT_FALSE(client.Connect(name + "-outro", 0, error));

@@ -120,7 +120,7 @@ TEST_F(PipesPosixTest, TrustsOnlyAPrivateFolderOfTheSameUser) {
   EXPECT_EQ(fs::status(socket_file).permissions(), fs::perms(0600));
 }
 
-TEST_F(PipesPosixTest, ANameIsFreeHoweverItsServerDied) {
+TEST_F(PipesPosixTest, ANameIsFreeHoweverItsServerDiedAndALeavingOneSparesTheNext) {
   const pid_t child = fork();
   if (child == 0) {
     Open("nome");
@@ -133,17 +133,13 @@ TEST_F(PipesPosixTest, ANameIsFreeHoweverItsServerDied) {
   EXPECT_TRUE(fs::exists(socket_file));
   EXPECT_EQ(Connect("nome"), 2);
   ExpectServing();
-  server.Close();
-  EXPECT_TRUE(fs::is_empty(folder));
-}
-
-TEST_F(PipesPosixTest, ALeavingServerSparesTheFilesOfTheNextOne) {
-  ExpectServing();
   fs::remove_all(folder);
   LocalPipeServer next;
   ASSERT_TRUE(next.Open("nome", error)) << error;
   server.Close();
   EXPECT_EQ(Connect("nome"), 0);
+  next.Close();
+  EXPECT_TRUE(fs::is_empty(folder));
 }
 
 TEST_F(PipesPosixTest, NeitherEndDealsWithAnotherUser) {
