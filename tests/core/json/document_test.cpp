@@ -80,14 +80,12 @@ TEST(JsonTest, SetKeepsThePlaceOfAKeyAndDropsWhatIsNoObject) {
   EXPECT_EQ(&object.Set(object.fields[0].first, Json::Text("new")), &object.fields[0].second);
   EXPECT_EQ(WriteJson(object),
             R"({"a key that is too long to stand inside the string object":"new","b":2})");
-  for (int i = 0; i < 3; ++i) object.Set(object.fields.back().first + "!", Json());
-  EXPECT_EQ(object.fields[4].first, "b!!!");
 
   Json list = object;
   list.Add(Json::Int(3));
   EXPECT_EQ(WriteJson(list), "[3]");
   EXPECT_TRUE(list.fields.empty());
-  EXPECT_EQ(object.fields.size(), 5U);
+  EXPECT_EQ(object.fields.size(), 2U);
 }
 
 }  // namespace
