@@ -1,26 +1,25 @@
 #include <gtest/gtest.h>
 
-#include "authoring/catalog.h"
 #include "tests/mcp/wire.h"
+#include "tests/support/mcp_client.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {
 namespace {
 
-using core::Json;
-using core::WriteJson;
+using namespace tests;
 
 // The answer that a client of that version gets for an editor's reply.
 std::string Shaped(const std::string& version, const std::string& reply) {
-  tests::ServerSession session;
+  ServerSession session;
   session.gateway.Open("e");
   session.Initialize(version);
-  session.Ask(Request("1", "tools/call", R"({"name":"inspect_capture"})"));
+  session.Ask(RequestLine("1", "tools/call", R"({"name":"inspect_capture"})"));
   session.gateway.Answer("e", reply);
   return session.Poll();
 }
 
-TEST(ShapingTest, MakesADocumentOfEachReply) {
+TEST(AnswersTest, MakesADocumentOfEachReply) {
   const std::pair<std::string, std::string> cases[] = {
       {R"({"id":1,"ok":true,"revision":5,"result":{"a":1}})", R"({"ok":true,"revision":5,"a":1})"},
       {R"({"id":1,"ok":true,"revision":"5","result":[1],"error":{}})", R"({"ok":true})"},
@@ -35,14 +34,14 @@ TEST(ShapingTest, MakesADocumentOfEachReply) {
                              R"("Resposta do editor sem erro nem resultado."}})"},
   };
   for (const auto& [reply, document] : cases) {
-    std::string answer = OldestResult("1", document, !Parse(document).At("ok").boolean);
+    std::string answer = OldestAnswer("1", document, !Parse(document).At("ok").boolean);
     EXPECT_EQ(Shaped("2025-03-26", reply), answer);
     answer.insert(answer.find(R"("isError")"), R"("structuredContent":)" + document + ",");
     EXPECT_EQ(Shaped("2025-06-18", reply), answer);
   }
 }
 
-TEST(ShapingTest, MovesImagesIntoBlocks) {
+TEST(AnswersTest, MovesImagesIntoBlocks) {
   const std::string reply =
       R"({"id":1,"ok":true,"result":{"images":[{"w":1,"data_base64":"QQ==","mime":"image/x"},)"
       R"({"data_base64":[7],"mime":7},3],"z":0}})";
@@ -53,33 +52,10 @@ TEST(ShapingTest, MovesImagesIntoBlocks) {
       R"({"type":"image","data":null,"mimeType":"image/png"}],)";
   EXPECT_EQ(
       Shaped("2025-11-25", reply),
-      Result("1", content + R"("structuredContent":{"ok":true,"images":[{"w":1,"mime":"image/x"},)"
-                            R"({"mime":7},{}],"z":0},"isError":false})"));
-  EXPECT_EQ(Shaped("2025-03-26", reply), Result("1", content + R"("isError":false})"));
-}
-
-TEST(ShapingTest, ListsTheWholeCatalogInBothForms) {
-  std::string oldest;
-  std::string newest;
-  for (const authoring::ToolSpec& tool : authoring::Tools()) {
-    const std::string name = R"({"name":")" + tool.name + "\",";
-    const std::string title = R"("title":)" + WriteJson(Json::Text(tool.title)) + ",";
-    const std::string input = R"("description":)" + WriteJson(Json::Text(tool.description)) +
-                              R"(,"inputSchema":)" + WriteJson(tool.input);
-    const std::string output = R"(,"outputSchema":)" + WriteJson(tool.output);
-    const std::string reads = tool.kind == authoring::ToolKind::Read ? "true" : "false";
-    const std::string hints = R"("readOnlyHint":)" + reads +
-                              R"(,"destructiveHint":false,"idempotentHint":)" + reads +
-                              R"(,"openWorldHint":false}})";
-    oldest += (oldest.empty() ? "" : ",") + name + input + R"(,"annotations":{)" + title + hints;
-    newest +=
-        (newest.empty() ? "" : ",") + name + title + input + output + R"(,"annotations":{)" + hints;
-  }
-  tests::ServerSession session;
-  session.Initialize("2025-03-26");
-  EXPECT_EQ(session.Ask(Request("1", "tools/list")), Result("1", R"({"tools":[)" + oldest + "]}"));
-  EXPECT_EQ(session.Ask(Request("1", "tools/list", "{" + kMeta + "}")),
-            Result("1", R"({"tools":[)" + newest + "]," + kServerMeta + "}"));
+      ResultLine("1", content +
+                          R"("structuredContent":{"ok":true,"images":[{"w":1,"mime":"image/x"},)"
+                          R"({"mime":7},{}],"z":0},"isError":false})"));
+  EXPECT_EQ(Shaped("2025-03-26", reply), ResultLine("1", content + R"("isError":false})"));
 }
 
 }  // namespace

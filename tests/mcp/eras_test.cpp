@@ -3,10 +3,13 @@
 #include <array>
 
 #include "tests/mcp/wire.h"
+#include "tests/support/mcp_client.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {
 namespace {
+
+using namespace tests;
 
 std::string Meta(const std::string& version, const std::string& rest) {
   return R"({"_meta":{"io.modelcontextprotocol/protocolVersion":)" + version + rest + "}}";
@@ -15,24 +18,23 @@ std::string Meta(const std::string& version, const std::string& rest) {
 const std::string kCapable = R"(,"io.modelcontextprotocol/clientCapabilities":{})";
 
 TEST(ErasTest, WorksOutTheEraOfEachRequest) {
-  const std::string plain = Result("1", "{}");
-  const std::string wrapped = Result("1", "{" + kServerMeta + "}");
-  const std::string no_era = Failure(
+  const std::string plain = ResultLine("1", "{}");
+  const std::string wrapped = ResultLine("1", "{" + kServerMeta + "}");
+  const std::string no_era = FailureLine(
       "1", -32600,
       "Sem initialize e sem _meta.io.modelcontextprotocol/protocolVersion; versoes suportadas: "
       "2026-07-28, 2025-11-25, 2025-06-18, 2025-03-26");
-  const std::string incapable =
-      Failure("1", -32602, "Invalid params: _meta sem io.modelcontextprotocol/clientCapabilities");
+  const std::string incapable = FailureLine(
+      "1", -32602, "Invalid params: _meta sem io.modelcontextprotocol/clientCapabilities");
   const auto unsupported = [](const std::string& version) {
-    return Failure("1", -32022, "Unsupported protocol version",
-                   R"(,"data":{"supported":["2026-07-28","2025-11-25","2025-06-18","2025-03-26"],)"
-                   R"("requested":")" +
-                       version + "\"}");
+    const std::string data =
+        R"(,"data":{"supported":["2026-07-28","2025-11-25","2025-06-18","2025-03-26"],)";
+    return FailureLine("1", -32022, "Unsupported protocol version",
+                       data + R"("requested":")" + version + "\"}");
   };
   // Params, and the answer without a handshake and after one.
   const std::array<std::string, 3> cases[] = {
       {"{}", no_era, plain},
-      {R"({"_meta":5})", no_era, plain},
       {Meta("20260728", kCapable), no_era, plain},
       {"{" + kMeta + "}", wrapped, wrapped},
       {Meta(R"("2026-07-28")", ""), incapable, incapable},
@@ -40,18 +42,18 @@ TEST(ErasTest, WorksOutTheEraOfEachRequest) {
       {Meta(R"("")", ""), unsupported(""), unsupported("")},
   };
   for (const auto& [params, before, after] : cases) {
-    tests::ServerSession session;
+    ServerSession session;
     session.Ask(R"({"jsonrpc":"2.0","method":"initialize","params":{}})");  // Not a request.
-    EXPECT_EQ(session.Ask(Request("1", "ping", params)), before) << params;
+    EXPECT_EQ(session.Ask(RequestLine("1", "ping", params)), before) << params;
     session.Initialize("2025-03-26");
-    EXPECT_EQ(session.Ask(Request("1", "ping", params)), after) << params;
+    EXPECT_EQ(session.Ask(RequestLine("1", "ping", params)), after) << params;
   }
-  EXPECT_EQ(tests::ServerSession().Ask(Request("1", "no/such")), no_era);
+  EXPECT_EQ(ServerSession().Ask(RequestLine("1", "no/such")), no_era);
 }
 
 TEST(ErasTest, HandshakeAndDiscoveryTellWhatIsServed) {
-  tests::ServerSession session;
-  const std::string stateless = session.Ask(Request("1", "server/discover", "{" + kMeta + "}"));
+  ServerSession session;
+  const std::string stateless = session.Ask(RequestLine("1", "server/discover", "{" + kMeta + "}"));
   const core::Json instructions = Parse(stateless).At("result").At("instructions");
   EXPECT_TRUE(instructions.text.starts_with("Servidor de autoria de mundos da ZORVIK: controla o"));
   EXPECT_TRUE(instructions.text.ends_with("error.code com um codigo estavel e uma dica."));
@@ -59,26 +61,24 @@ TEST(ErasTest, HandshakeAndDiscoveryTellWhatIsServed) {
       R"("capabilities":{"tools":{"listChanged":false},"logging":{}},)";
   const std::string end = R"("instructions":)" + core::WriteJson(instructions);
   const std::string discovered = R"({"supportedVersions":["2026-07-28"],)" + capabilities + end;
-  EXPECT_EQ(stateless, Result("1", discovered + "," + kServerMeta + "}"));
+  EXPECT_EQ(stateless, ResultLine("1", discovered + "," + kServerMeta + "}"));
 
-  const std::string rest = "\"," + capabilities +
-                           R"("serverInfo":{"name":"zorvik-mcp","title":)"
-                           R"("ZORVIK - autoria de mundos","version":"0.1.0"},)" +
-                           end + "}";
+  const std::string rest =
+      "\"," + capabilities + R"("serverInfo":)" + kServerInfo + "," + end + "}";
   for (const auto& [asked, served] :
        {std::pair(R"({"protocolVersion":"2025-06-18"})", "2025-06-18"),
         {R"({"protocolVersion":"2026-07-28"})", "2025-11-25"},
         {R"({"protocolVersion":7})", "2025-11-25"}}) {
-    const std::string result = std::string(R"({"protocolVersion":")").append(served).append(rest);
-    EXPECT_EQ(session.Ask(Request("1", "initialize", asked)), Result("1", result));
+    EXPECT_EQ(session.Ask(RequestLine("1", "initialize", asked)),
+              ResultLine("1", R"({"protocolVersion":")" + std::string(served) + rest));
   }
   EXPECT_EQ(session.log.back(),
             "initialize (legado): cliente pediu , servindo 2025-11-25 para cliente ");
-  EXPECT_EQ(session.Ask(Request("1", "server/discover")), Result("1", discovered + "}"));
+  EXPECT_EQ(session.Ask(RequestLine("1", "server/discover")), ResultLine("1", discovered + "}"));
 }
 
 TEST(ErasTest, TheLastClientInfoNamesTheClientToTheEditor) {
-  tests::ServerSession session;
+  ServerSession session;
   session.gateway.Open("e");
   for (const auto& [info, label] : {std::pair("null", "cliente MCP"),
                                     {R"({"name":"n","version":"1"})", "n 1"},
@@ -86,7 +86,7 @@ TEST(ErasTest, TheLastClientInfoNamesTheClientToTheEditor) {
                                     {"{}", "cliente "}}) {
     std::string params =
         Meta(R"("2026-07-28")", kCapable + R"(,"io.modelcontextprotocol/clientInfo":)" + info);
-    session.Ask(Request("1", "tools/call", params.insert(1, R"("name":"world_info",)")));
+    session.Ask(RequestLine("1", "tools/call", params.insert(1, R"("name":"world_info",)")));
     EXPECT_EQ(Parse(session.gateway.sent.back().second).At("client").text, label) << info;
   }
 }

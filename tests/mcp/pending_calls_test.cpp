@@ -8,18 +8,21 @@
 namespace zorvik::mcp {
 namespace {
 
+using namespace tests;
+
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 using Lines = std::vector<std::string>;
+using Sent = std::vector<std::pair<std::string, std::string>>;
 
 std::string Call(const std::string& id, const std::string& editor, const std::string& rest = "") {
-  return Request(
+  return RequestLine(
       id, "tools/call",
       R"({"name":"world_info","arguments":{"editor_id":")" + editor + "\"}" + rest + "}");
 }
 
 std::string Ok(const std::string& id) {
-  return OldestResult(id, R"({"ok":true})", false);
+  return OldestAnswer(id, R"({"ok":true})", false);
 }
 
 class PendingCallsTest : public testing::Test {
@@ -29,7 +32,7 @@ class PendingCallsTest : public testing::Test {
     session.gateway.Open("b");
     session.Initialize("2025-03-26");
   }
-  tests::ServerSession session;
+  ServerSession session;
 };
 
 TEST_F(PendingCallsTest, RepliesEndCallsInTheOrderOfArrivalAndInTheFormThatWasAskedFor) {
@@ -44,37 +47,30 @@ TEST_F(PendingCallsTest, RepliesEndCallsInTheOrderOfArrivalAndInTheFormThatWasAs
   session.gateway.Answer("a", R"({"id":1,"ok":false,"error":{"code":"busy"}})");
   session.gateway.Answer("a", R"({"id":1,"ok":true})");  // Too late: that call has ended.
   EXPECT_EQ(session.Poll(), Ok("\"x\"") + "\n" +
-                                OldestResult("1", R"({"ok":false,"error":{"code":"busy"}})", true));
-  EXPECT_EQ(session.server.PendingCount(), 1u);
+                                OldestAnswer("1", R"({"ok":false,"error":{"code":"busy"}})", true));
   session.gateway.Answer("a", R"({"id":3,"error":{}})");
   EXPECT_EQ(session.Poll(),
-            Result("3", R"({"content":[{"type":"text","text":"{\"ok\":false,\"error\":{}}"}],)"
-                        R"("structuredContent":{"ok":false,"error":{}},"isError":true,)" +
-                            kServerMeta + "}"));
+            ResultLine("3", R"({"content":[{"type":"text","text":"{\"ok\":false,\"error\":{}}"}],)"
+                            R"("structuredContent":{"ok":false,"error":{}},"isError":true,)" +
+                                kServerMeta + "}"));
   EXPECT_EQ(session.log, (Lines{"world_info -> ok em 12 ms", "world_info -> busy em 12 ms",
                                 "world_info -> erro em 12 ms"}));
 }
 
-TEST_F(PendingCallsTest, ALostEditorCostsItsCallsOnlyAndARepliedOneWins) {
+TEST_F(PendingCallsTest, WhatHasNoReplyEndsWithItsEditorOrAtItsDeadline) {
   session.Ask(Call("1", "a"));
-  session.Ask(Call("2", "b"));
-  session.Ask(Call("3", "a"));
-  session.gateway.Answer("a", R"({"id":3,"ok":true})");
-  session.gateway.lost = {"a", "a"};
+  session.Ask(Call("1", "b"));
+  session.Ask(Call("3", "b"));
+  session.gateway.Answer("b", R"({"id":3,"ok":true})");
+  session.gateway.lost = {"b", "b"};
   EXPECT_EQ(
       session.Poll(),
       Ok("3") + "\n" +
-          ToolFailure("editor_disconnected", "A conexao com o editor a caiu antes da resposta.",
+          ToolFailure("editor_disconnected", "A conexao com o editor b caiu antes da resposta.",
                       "Se era uma alteracao, confira world_info e history antes de repetir; "
                       "repita com o mesmo request_id para nao aplicar duas vezes."));
-  EXPECT_EQ(session.server.PendingCount(), 1u);
-  EXPECT_EQ(session.log.back(), "world_info -> editor_disconnected");
-}
-
-TEST_F(PendingCallsTest, TheDeadlineIsExact) {
-  session.Ask(Call("1", "a"));
   session.time += milliseconds(5);
-  session.Ask(Call("2", "a"));
+  session.Ask(Call("4", "a"));
   session.time += milliseconds(120'000 - 5) - nanoseconds(1);
   EXPECT_EQ(session.Poll(), "");
   session.time += nanoseconds(1);
@@ -83,9 +79,10 @@ TEST_F(PendingCallsTest, TheDeadlineIsExact) {
                         "Repita com o mesmo request_id: uma alteracao que chegar tarde nao e "
                         "aplicada duas vezes."));
   session.time += milliseconds(5);
-  session.gateway.Answer("a", R"({"id":2,"ok":true})");
-  EXPECT_EQ(session.Poll(), Ok("2"));  // In time for this poll.
-  EXPECT_EQ(session.log.front(), "world_info -> timeout");
+  session.gateway.Answer("a", R"({"id":4,"ok":true})");
+  EXPECT_EQ(session.Poll(), Ok("4"));  // In time for this poll.
+  EXPECT_EQ(session.log, (Lines{"world_info -> ok em 0 ms", "world_info -> editor_disconnected",
+                                "world_info -> timeout", "world_info -> ok em 120000 ms"}));
 }
 
 TEST_F(PendingCallsTest, CancellationTellsTheEditorAndNeverTheClient) {
@@ -105,18 +102,16 @@ TEST_F(PendingCallsTest, CancellationTellsTheEditorAndNeverTheClient) {
   cancel("1");  // Its editor has gone from the list: dropped without a message.
   session.gateway.send_failure = "x";
   cancel("\"1\"");
-  session.gateway.send_failure.clear();
   session.gateway.Answer("a", R"({"id":1,"ok":true})");
-  session.gateway.Answer("a", R"({"id":4,"ok":true})");
   EXPECT_EQ(session.Poll(), "");
+  EXPECT_EQ(session.server.PendingCount(), 0u);
   EXPECT_EQ(session.log, Lines(3, "cancelado pelo cliente: world_info"));
-
-  session.Ask(Call("5", "a"));
-  ASSERT_EQ(session.gateway.sent.size(), 2u);
-  EXPECT_EQ(session.gateway.sent[0].second,
-            R"({"id":4,"op":"cancel","target":1,"token":"token-a"})");
-  EXPECT_EQ(session.gateway.sent[0].first, "a");
-  EXPECT_EQ(Parse(session.gateway.sent[1].second).At("id").number, 7);
+  session.gateway.send_failure.clear();
+  session.Ask(Call("5", "a"));  // The messages that nobody got have used numbers too.
+  EXPECT_EQ(session.gateway.sent,
+            (Sent{{"a", R"({"id":4,"op":"cancel","target":1,"token":"token-a"})"},
+                  {"a", R"({"id":7,"token":"token-a","op":"world.info","args":{},)"
+                        R"("client":"cliente ","deadline_ms":120000})"}}));
 }
 
 }  // namespace

@@ -6,14 +6,9 @@
 namespace zorvik::mcp {
 namespace {
 
-using Sent = std::vector<std::pair<std::string, std::string>>;
+using namespace tests;
 
-std::string Invalid(const std::string& message, const std::string& tool, const std::string& field,
-                    const std::string& reason) {
-  return ToolFailure("invalid_argument", "Argumento invalido" + message + ": " + reason,
-                     "Confira o inputSchema de " + tool + ".",
-                     R"(,"details":{"field":")" + field + R"(","reason":")" + reason + "\"}");
-}
+using Sent = std::vector<std::pair<std::string, std::string>>;
 
 TEST(ToolCallsTest, AnswersWithoutAnEditorInAFixedOrder) {
   const std::string none =
@@ -29,22 +24,19 @@ TEST(ToolCallsTest, AnswersWithoutAnEditorInAFixedOrder) {
     const char* params;
     std::string answer;
   } cases[] = {
-      {0, R"({})", Failure("1", -32602, "Unknown tool: ")},
-      {0, R"({"name":"World_Info"})", Failure("1", -32602, "Unknown tool: World_Info")},
-      {0, R"({"name":"editor_list","arguments":5})",
-       Invalid("", "editor_list", "", "arguments deve ser um objeto")},
-      {0, R"({"name":"editor_list","arguments":{"editor_id":"a"}})",
-       Invalid(" em editor_id", "editor_list", "editor_id", "nao e um campo desta ferramenta")},
-      {0, R"({"name":"objects_get","arguments":{"ids":[0]}})",
-       Invalid(" em ids[0]", "objects_get", "ids[0]", "deveria ser no minimo 1")},
+      {0, R"({})", FailureLine("1", -32602, "Unknown tool: ")},
+      {0, R"({"name":"world_info","arguments":5})",
+       ToolFailure("invalid_argument", "Argumento invalido: arguments deve ser um objeto",
+                   "Confira o inputSchema de world_info.",
+                   R"(,"details":{"field":"","reason":"arguments deve ser um objeto"})")},
       {0, R"({"name":"editor_list","arguments":null})",
-       OldestResult("1", R"({"ok":true,"editors":[]})", false)},
+       OldestAnswer("1", R"({"ok":true,"editors":[]})", false)},
       {0, R"({"name":"world_info"})", none},
       {0, R"({"name":"world_info","arguments":{"editor_id":""}})", none},
       {0, R"({"name":"world_info","arguments":{"editor_id":"x"}})", gone("")},
       {1, R"({"name":"world_info","arguments":{"editor_id":"x"}})", gone("\"a\"")},
       {1, R"({"name":"editor_list"})",
-       OldestResult("1",
+       OldestAnswer("1",
                     R"({"ok":true,"editors":[{"editor_id":"a","pid":1,"project":"",)"
                     R"("project_name":"","world":"w","world_id":"","bridge":"",)"
                     R"("engine_version":"","started":""}]})",
@@ -55,11 +47,11 @@ TEST(ToolCallsTest, AnswersWithoutAnEditorInAFixedOrder) {
                    R"(,"details":{"editors":["a","b"]})")},
   };
   for (const auto& c : cases) {
-    tests::ServerSession session;
+    ServerSession session;
     for (int i = 0; i < c.editors; ++i) session.gateway.Open(i == 0 ? "a" : "b");
     for (core::EditorRecord& record : session.gateway.editors) record.world = "w";
     session.Initialize("2025-03-26");
-    EXPECT_EQ(session.Ask(Request("1", "tools/call", c.params)), c.answer);
+    EXPECT_EQ(session.Ask(RequestLine("1", "tools/call", c.params)), c.answer);
     EXPECT_EQ(session.gateway.sent, Sent{});
     EXPECT_EQ(session.server.PendingCount(), 0u);
     EXPECT_TRUE(session.log.empty());
@@ -67,14 +59,14 @@ TEST(ToolCallsTest, AnswersWithoutAnEditorInAFixedOrder) {
 }
 
 TEST(ToolCallsTest, ForwardsToTheChosenEditor) {
-  tests::ServerSession session;
+  ServerSession session;
   session.gateway.Open("a");
   session.gateway.Open("b");
   session.Initialize("2025-03-26");
   const std::string at_a =
-      Request("1", "tools/call", R"({"name":"world_info","arguments":{"editor_id":"a"}})");
-  session.Ask(Request("1", "tools/call",
-                      R"({"name":"objects_get","arguments":{"ids":[2.0,1],"editor_id":"b"}})"));
+      RequestLine("1", "tools/call", R"({"name":"world_info","arguments":{"editor_id":"a"}})");
+  session.Ask(RequestLine("1", "tools/call",
+                          R"({"name":"objects_get","arguments":{"ids":[2.0,1],"editor_id":"b"}})"));
   session.gateway.send_failure = "o motivo";
   EXPECT_EQ(session.Ask(at_a),
             ToolFailure("editor_disconnected", "Sem conexao com o editor a: o motivo",

@@ -1,0 +1,39 @@
+#include <gtest/gtest.h>
+
+#include "authoring/catalog.h"
+#include "tests/mcp/wire.h"
+#include "tests/support/server_session.h"
+
+namespace zorvik::mcp {
+namespace {
+
+using namespace tests;
+using core::Json;
+using core::WriteJson;
+
+TEST(ToolListTest, HoldsTheWholeCatalogInBothForms) {
+  std::string oldest;
+  std::string newest;
+  for (const authoring::ToolSpec& tool : authoring::Tools()) {
+    const std::string name = (oldest.empty() ? "" : ",") + (R"({"name":")" + tool.name + "\",");
+    const std::string title = R"("title":)" + WriteJson(Json::Text(tool.title)) + ",";
+    const std::string input = R"("description":)" + WriteJson(Json::Text(tool.description)) +
+                              R"(,"inputSchema":)" + WriteJson(tool.input);
+    const std::string output = R"(,"outputSchema":)" + WriteJson(tool.output);
+    const std::string reads = tool.kind == authoring::ToolKind::Read ? "true" : "false";
+    const std::string hints = R"("readOnlyHint":)" + reads +
+                              R"(,"destructiveHint":false,"idempotentHint":)" + reads +
+                              R"(,"openWorldHint":false}})";
+    oldest += name + input + R"(,"annotations":{)" + title + hints;
+    newest += name + title + input + output + R"(,"annotations":{)" + hints;
+  }
+  ServerSession session;
+  session.Initialize("2025-03-26");
+  EXPECT_EQ(session.Ask(RequestLine("1", "tools/list")),
+            ResultLine("1", R"({"tools":[)" + oldest + "]}"));
+  EXPECT_EQ(session.Ask(RequestLine("1", "tools/list", "{" + kMeta + "}")),
+            ResultLine("1", R"({"tools":[)" + newest + "]," + kServerMeta + "}"));
+}
+
+}  // namespace
+}  // namespace zorvik::mcp
