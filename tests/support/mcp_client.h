@@ -12,8 +12,6 @@
 namespace zorvik::tests {
 
 inline const std::string kStateless = "2026-07-28";
-// The beginning of a line of the log, as a regular expression.
-inline constexpr const char* kStamp = R"((^|\n)\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d )";
 
 // The document that `text` holds; throws when it holds none.
 core::Json Parse(const std::string& text);
