@@ -118,7 +118,9 @@ TEST(ThreadsTest, ARecordIsListedWholeOrNotAtAll) {
   std::atomic<bool> written = false;
   OnSeveralThreads([&](int thread) {
     for (int turn = 0; thread == 0 && turn < kTurns; ++turn) {
-      EXPECT_EQ(core::WriteEditorRecord(record).status, core::WriteStatus::Ok);
+      // Windows doesn't replace a file that is being read.
+      const core::WriteStatus status = core::WriteEditorRecord(record).status;
+      EXPECT_TRUE(status == core::WriteStatus::Ok || status == core::WriteStatus::ReplaceFailed);
       if (turn % 7 == 0) core::RemoveEditorRecord(record.pid);
     }
     if (thread == 0) written = true;
