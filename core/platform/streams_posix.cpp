@@ -36,8 +36,8 @@ bool QueuedBytes(int fd, std::size_t& count) {
 
 short PollEvents(int fd, short events, int timeout_ms) {
   pollfd entry = {fd, events, 0};
-  return RetryOnInterrupt([&] { return poll(&entry, 1, timeout_ms); }) < 0 ? POLLERR
-                                                                           : entry.revents;
+  if (RetryOnInterrupt([&] { return poll(&entry, 1, timeout_ms); }) < 0) return POLLERR;
+  return entry.revents;
 }
 
 bool SocketEnded(int fd) {

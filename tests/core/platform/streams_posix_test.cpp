@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <thread>
@@ -37,7 +38,7 @@ TEST(StreamsPosixTest, ReadingOverlooksSignalsAndWaitsThoughSetNotToBlock) {
   action.sa_handler = [](int) {};
   sigaction(SIGUSR1, &action, nullptr);
   for (const int flags : {0, O_NONBLOCK}) {
-    const BytePipe pipe;
+    BytePipe pipe;
     fcntl(static_cast<int>(pipe.reader.Get()), F_SETFL, flags);
     std::size_t count = 0;
     char byte = 0;
@@ -49,6 +50,10 @@ TEST(StreamsPosixTest, ReadingOverlooksSignalsAndWaitsThoughSetNotToBlock) {
     EXPECT_TRUE(pipe.Writer().Write("z", 1, count));
     reader.join();
     EXPECT_EQ(byte, 'z');
+    pipe.CloseWriter();
+    errno = EINTR;  // As a call before may leave it.
+    EXPECT_TRUE(pipe.Reader().Read(&byte, 1, count));
+    EXPECT_EQ(count, 0U);
   }
 }
 
