@@ -37,7 +37,7 @@ struct FreeBlocks {
 
 constinit thread_local FreeBlocks blocks;
 
-void DeleteKept() noexcept {
+void DeleteBlocks() noexcept {
   for (std::size_t size_class = 0; size_class < blocks.first.size(); ++size_class) {
     for (FreeBlock* block = blocks.first[size_class]; block != nullptr;) {
       FreeBlock* const next = block->next;
@@ -47,6 +47,10 @@ void DeleteKept() noexcept {
     }
     blocks.first[size_class] = nullptr;
   }
+}
+
+void DeleteKept() noexcept {
+  DeleteBlocks();
   delete std::exchange(blocks.text, nullptr);
 }
 
@@ -54,7 +58,6 @@ void DeleteKept() noexcept {
 struct ThreadEnd {
   ~ThreadEnd() {
     DeleteKept();
-    blocks.room = 0;
     blocks.closed = true;
   }
 };
@@ -84,10 +87,12 @@ void* TakeListMemory(std::size_t size) {
 
 void GiveListMemoryBack(void* memory, std::size_t size) noexcept {
   const std::size_t size_class = ClassOf(size);
-  if (!kKeepsBlocks || size > kLargestBlock || blocks.room < size_class * kClassSize) {
+  if (!kKeepsBlocks || blocks.closed || size > kLargestBlock) {
     ::operator delete(memory);
     return;
   }
+  // What came back last lies together, and what a burst left behind long ago does not.
+  if (blocks.room < size_class * kClassSize) DeleteBlocks();
   if (!blocks.registered) RegisterThreadEnd();
   FreeBlock*& first = blocks.first[size_class];
   first = ::new (memory) FreeBlock{first};
