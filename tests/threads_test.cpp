@@ -30,6 +30,7 @@ constexpr int kTurns = 60;
 
 void OnSeveralThreads(const std::function<void(int)>& work) {
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
   for (std::thread& thread : threads) thread.join();
 }
