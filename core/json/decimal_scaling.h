@@ -20,6 +20,11 @@ inline constexpr std::array<std::uint64_t, 28> kPowersOfFive = [] {
   return powers;
 }();
 
+// 10^exponent for exponents from 0 to 19.
+constexpr std::uint64_t PowerOfTen(int exponent) {
+  return kPowersOfFive[static_cast<std::size_t>(exponent)] << exponent;
+}
+
 // 1/5^n for n from 1 on: the 64 bits from the first that is set, cut off behind them.
 inline constexpr std::array<std::uint64_t, kPowersOfFive.size()> kReciprocalsOfFive = [] {
   std::array<std::uint64_t, kPowersOfFive.size()> reciprocals{};

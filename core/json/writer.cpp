@@ -18,10 +18,8 @@ namespace {
 constexpr std::size_t kBigText = 1'048'576;
 constexpr std::size_t kRoomBehindBigText = 16'384;
 
-// A number takes at most 24 bytes. Behind them there is room for copies of digits that are longer
-// than what counts of them.
+// A number takes at most 24 bytes. Behind them there is room for zeros that don't count.
 constexpr std::size_t kNumberSize = 64;
-constexpr std::size_t kDigitsCopied = 24;
 
 // What a byte is written as behind a backslash: a letter, 'u' for the six-byte form, or 0 when it
 // stands for itself.
@@ -109,33 +107,38 @@ void WriteKey(char separator, std::string_view key, TextOutput& out) {
   out.Advance(to);
 }
 
-// Writes a number below 10^8 with leading zeros. Halves, pairs and single digits are taken apart in
-// one word, whose lowest byte comes first in memory. The divisions are multiplications that are
-// exact for what comes here: 10'486 is 2^20 / 100 + 0.24, and 9'999 * 0.24 / 2^20 < 1 / 100;
-// 103 is 2^10 / 10 + 0.6, and 99 * 0.6 / 2^10 < 1 / 10.
-void PutEightDigits(std::uint32_t number, char* to) {
+// A number below 10^8 as eight digits, the first of them in the lowest byte, so that it comes first
+// in memory. Halves, pairs and single digits are taken apart in one word. The divisions are
+// multiplications that are exact for what comes here: 10'486 is 2^20 / 100 + 0.24, and
+// 9'999 * 0.24 / 2^20 < 1 / 100; 103 is 2^10 / 10 + 0.6, and 99 * 0.6 / 2^10 < 1 / 10.
+std::uint64_t EightDigits(std::uint32_t number) {
   std::uint64_t digits = number / 10'000 | std::uint64_t{number % 10'000} << 32;
   const std::uint64_t hundreds = (digits * 10'486) >> 20 & 0x0000'007F'0000'007F;
   digits = hundreds | (digits - hundreds * 100) << 16;
   const std::uint64_t tens = (digits * 103) >> 10 & 0x000F'000F'000F'000F;
-  digits = (tens | (digits - tens * 10) << 8) | 0x3030'3030'3030'3030;
-  std::memcpy(to, &digits, sizeof digits);
+  return tens | (digits - tens * 10) << 8;
 }
 
-// How many zeros sixteen digits end with.
-std::size_t CountLastZeros(const char* digits) {
+constexpr std::uint64_t kTenTo8 = 100'000'000;
+constexpr std::uint64_t kTenTo16 = kTenTo8 * kTenTo8;
+
+// Writes a number below 10^16 with leading zeros, and returns where its last digit but zeros ends.
+char* PutSixteenDigits(std::uint64_t number, char* to) {
   constexpr std::uint64_t kZeros = 0x3030'3030'3030'3030;
-  const std::uint64_t last = LoadEightBytes(digits + 8) ^ kZeros;
-  if (last != 0) return static_cast<std::size_t>(std::countl_zero(last)) / 8;
-  const std::uint64_t first = LoadEightBytes(digits) ^ kZeros;
-  return 8 + static_cast<std::size_t>(std::countl_zero(first)) / 8;
+  const std::uint64_t first = EightDigits(static_cast<std::uint32_t>(number / kTenTo8));
+  const std::uint64_t last = EightDigits(static_cast<std::uint32_t>(number % kTenTo8));
+  for (const std::uint64_t digits : {first | kZeros, last | kZeros}) {
+    std::memcpy(to, &digits, sizeof digits);
+    to += sizeof digits;
+  }
+  if (last != 0) return to - std::countl_zero(last) / 8;
+  return to - 8 - std::countl_zero(first) / 8;
 }
 
-// Writes a positive number below 2^53 and at least 1e-10 with 17 significant digits.
+// Writes a number that has a fraction, is below 2^53 and at least 1e-10, with 17 significant
+// digits.
 char* PutFraction(double number, char* out) {
   constexpr std::string_view kZeros = "0.000";
-  constexpr std::uint64_t kTenTo8 = 100'000'000;
-  constexpr std::uint64_t kTenTo16 = kTenTo8 * kTenTo8;
   const auto bits = std::bit_cast<std::uint64_t>(number);
   const std::uint64_t mantissa = (bits & 0xF'FFFF'FFFF'FFFF) | 0x10'0000'0000'0000;
   const int binary_exponent = static_cast<int>(bits >> 52) - 1023;
@@ -148,37 +151,30 @@ char* PutFraction(double number, char* out) {
     digits = ScaleAndRound(mantissa, binary_exponent - 52, 16 - exponent);
   }
 
-  std::array<char, 16 + kDigitsCopied> text{};
-  text[0] = static_cast<char>('0' + digits / kTenTo16);
-  PutEightDigits(static_cast<std::uint32_t>(digits % kTenTo16 / kTenTo8), &text[1]);
-  PutEightDigits(static_cast<std::uint32_t>(digits % kTenTo8), &text[9]);
-  const std::size_t count = 17 - CountLastZeros(&text[1]);
-
-  // Copies more than it was asked for: there is room, and a fixed size costs less.
-  const auto put = [&out](const char* from, std::size_t size) {
-    std::memcpy(out, from, kDigitsCopied);
-    out += size;
-  };
-  if (exponent < -4) {
-    *out++ = text[0];
-    if (count > 1) {
-      *out++ = '.';
-      put(&text[1], count - 1);
-    }
-    *out++ = 'e';
-    *out++ = '-';
-    *out++ = static_cast<char>('0' + -exponent / 10);
-    *out++ = static_cast<char>('0' + -exponent % 10);
-  } else if (exponent < 0) {
+  if (exponent >= 0) {
+    // Rounding never reaches the next whole number: 17 digits tell all doubles apart, and that
+    // number is one.
+    const auto whole = static_cast<std::uint64_t>(number);
+    out = std::to_chars(out, out + kNumberSize, whole).ptr;
+    *out++ = '.';
+    return PutSixteenDigits((digits - whole * PowerOfTen(16 - exponent)) * PowerOfTen(exponent),
+                            out);
+  }
+  const char first = static_cast<char>('0' + digits / kTenTo16);
+  if (exponent >= -4) {
     kZeros.copy(out, kZeros.size());
     out += 1 - exponent;
-    put(text.data(), count);
-  } else {
-    const auto whole = static_cast<std::size_t>(exponent) + 1;
-    put(text.data(), whole);
-    *out++ = '.';
-    put(&text[whole], count - whole);
+    *out++ = first;
+    return PutSixteenDigits(digits % kTenTo16, out);
   }
+  *out++ = first;
+  *out = '.';
+  char* const end = PutSixteenDigits(digits % kTenTo16, out + 1);
+  if (end > out + 1) out = end;
+  *out++ = 'e';
+  *out++ = '-';
+  *out++ = static_cast<char>('0' + -exponent / 10);
+  *out++ = static_cast<char>('0' + -exponent % 10);
   return out;
 }
 
