@@ -62,6 +62,15 @@ Json Result(const Era& era, Json result) {
   return result;
 }
 
+Json LastingResult(const Era& era, Json result) {
+  if (era.stateless) {
+    constexpr int kHourInMs = 3'600'000;
+    result.Set("ttlMs", Json::Number(kHourInMs));
+    result.Set("cacheScope", Json::Text("public"));
+  }
+  return Result(era, std::move(result));
+}
+
 Json ToolError(std::string code, std::string message, std::string hint, Json details) {
   return FailedDocument(authoring::ErrorBody(std::move(code), std::move(message), std::move(hint),
                                              std::move(details)));

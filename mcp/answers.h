@@ -30,6 +30,9 @@ core::Json Failure(const core::Json& id, int code, std::string message, core::Js
 
 // The result, with what its era adds to all results.
 core::Json Result(const Era& era, core::Json result);
+// The same for a result that is one for all callers and stays so: the newest version wants to be
+// told how long a client may keep it.
+core::Json LastingResult(const Era& era, core::Json result);
 
 // A tool document is what a tool has to say: `ok`, then either its own members or `error`.
 

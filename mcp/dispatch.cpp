@@ -80,8 +80,8 @@ Json Server::HandleRequest(const Json& id, const std::string& method, Json param
   if (era->stateless && client.kind == Json::Kind::Object) client_label = ClientLabel(client);
 
   if (method == "ping") return Response(id, Result(*era, Json::Object()));
-  if (method == "server/discover") return Response(id, Result(*era, Discover()));
-  if (method == "tools/list") return Response(id, Result(*era, ToolList(*era)));
+  if (method == "server/discover") return Response(id, LastingResult(*era, Discover()));
+  if (method == "tools/list") return Response(id, LastingResult(*era, ToolList(*era)));
   if (method == "tools/call") return CallTool(id, *era, std::move(params));
   // The level has no effect: the log has none.
   if (method == "logging/setLevel") return Response(id, Result(*era, Json::Object()));

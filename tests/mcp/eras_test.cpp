@@ -61,7 +61,7 @@ TEST(ErasTest, HandshakeAndDiscoveryTellWhatIsServed) {
       R"("capabilities":{"tools":{"listChanged":false},"logging":{}},)";
   const std::string end = R"("instructions":)" + core::WriteJson(instructions);
   const std::string discovered = R"({"supportedVersions":["2026-07-28"],)" + capabilities + end;
-  EXPECT_EQ(stateless, ResultLine("1", discovered + "," + kServerMeta + "}"));
+  EXPECT_EQ(stateless, ResultLine("1", discovered + "," + kLastingMeta + "}"));
 
   const std::string rest =
       "\"," + capabilities + R"("serverInfo":)" + kServerInfo + "," + end + "}";

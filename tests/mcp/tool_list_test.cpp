@@ -34,7 +34,7 @@ TEST(ToolListTest, HoldsTheWholeCatalogInBothForms) {
   EXPECT_EQ(session.Ask(RequestLine("1", "tools/list")),
             ResultLine("1", R"({"tools":[)" + oldest + "]}"));
   EXPECT_EQ(session.Ask(RequestLine("1", "tools/list", "{" + kMeta + "}")),
-            ResultLine("1", R"({"tools":[)" + newest + "]," + kServerMeta + "}"));
+            ResultLine("1", R"({"tools":[)" + newest + "]," + kLastingMeta + "}"));
 }
 
 }  // namespace

@@ -16,6 +16,8 @@ inline const std::string kServerInfo =
 // What a result ends with that answers such a request.
 inline const std::string kServerMeta =
     R"("resultType":"complete","_meta":{"io.modelcontextprotocol/serverInfo":)" + kServerInfo + "}";
+// The same for one that clients may keep.
+inline const std::string kLastingMeta = R"("ttlMs":3600000,"cacheScope":"public",)" + kServerMeta;
 
 inline std::string RequestLine(const std::string& id, const std::string& method,
                                const std::string& params = "{}") {
