@@ -10,6 +10,7 @@
 #include "core/json.h"
 #include "core/local_pipe/server.h"
 #include "core/local_pipe/stdio_channel.h"
+#include "core/platform/wait.h"
 #include "core/process.h"
 
 namespace core = zorvik::core;
@@ -49,7 +50,12 @@ int main(int argc, char** argv) {
     }
     core::Lines lines;
     console.Poll(lines, closed);
-    core::SleepMilliseconds(1);
+    if (messages.empty()) {
+      core::platform::WaitSources sources;
+      pipe.AddTo(sources);
+      console.AddTo(sources);
+      core::platform::WaitForInput(sources, 1);
+    }
   }
   core::RemoveEditorRecord(record.pid);
   return 0;

@@ -108,6 +108,14 @@ async function pipelined(name, server, figure, count, request) {
   note(name, `${figure}, CPU each`, (server.cpu() - before) / count);
 }
 
+// One request after the other, each sent when the one before is answered.
+async function sequential(name, server, figure, count, request) {
+  for (let id = 0; id < count / 5; ++id) await server.ask(text({ id, ...request }));
+  const start = seconds();
+  for (let id = 0; id < count; ++id) await server.ask(text({ id, ...request }));
+  note(name, figure, (seconds() - start) / count);
+}
+
 async function starts(name, figure) {
   for (let turn = 0; turn < 5; ++turn) {
     const { server, time } = await open(name);
@@ -134,6 +142,8 @@ async function usualSession(name) {
 async function sessionInMemory(name) {
   await starts(name, 'start, home in memory');
   const { server } = await open(name);
+  await sequential(name, server, 'ping, one by one', 1000, { method: 'ping' });
+  await sequential(name, server, 'tools/call, one by one', 500, worldInfo);
   await pipelined(name, server, 'tools/call, home in memory', 2000, worldInfo);
   await server.end();
 }

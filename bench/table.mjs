@@ -83,6 +83,8 @@ compare('tools/call, time each', 'µs');
 compare('tools/call, CPU each', 'µs');
 compare('tools/call, home in memory, time each', 'µs');
 compare('tools/call, home in memory, CPU each', 'µs');
+compare('ping, one by one', 'µs', 2);
+compare('tools/call, one by one', 'µs', 0.8);
 compare('12 MB image', 'ms');
 compare('12 MB image, peak memory', 'MB');
 for (const size of ['1 MiB', '16 MiB']) {

@@ -8,6 +8,7 @@
 #include "core/local_pipe/stdio_channel.h"
 #include "core/platform/files.h"
 #include "core/platform/streams.h"
+#include "core/platform/wait.h"
 #include "core/process.h"
 #include "mcp/command_line.h"
 #include "mcp/log_file.h"
@@ -16,8 +17,9 @@
 
 namespace {
 
-constexpr int kIdleSleepMs = 4;
-constexpr int kBusySleepMs = 1;
+// The longest pauses: with no call in flight, and with any.
+constexpr int kIdlePauseMs = 4;
+constexpr int kBusyPauseMs = 1;
 constexpr std::chrono::seconds kSpareMemoryKept(1);
 
 // Moves lines between the client and the server until input ends or output breaks.
@@ -48,8 +50,13 @@ void Run(zorvik::mcp::LogFile& log) {
       release_memory = Clock::now() + kSpareMemoryKept;
       worked = false;
     }
-    if (lines.empty() && !closed && output_alive)
-      zorvik::core::SleepMilliseconds(server.PendingCount() != 0 ? kBusySleepMs : kIdleSleepMs);
+    if (lines.empty() && !closed && output_alive) {
+      zorvik::core::platform::WaitSources sources;
+      channel.AddTo(sources);
+      gateway.AddTo(sources);
+      zorvik::core::platform::WaitForInput(
+          sources, server.PendingCount() != 0 ? kBusyPauseMs : kIdlePauseMs);
+    }
   }
   log.Line("encerrado");
 }

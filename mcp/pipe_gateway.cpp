@@ -60,4 +60,8 @@ void PipeGateway::Poll(std::vector<Reply>& replies, std::vector<std::string>& lo
   }
 }
 
+void PipeGateway::AddTo(core::platform::WaitSources& sources) const {
+  for (const auto& [editor, link] : links) link->client.AddTo(sources);
+}
+
 }  // namespace zorvik::mcp

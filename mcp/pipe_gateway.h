@@ -20,6 +20,8 @@ class PipeGateway : public EditorGateway {
   bool Send(const core::EditorRecord& editor, const core::Json& request,
             std::string& error) override;
   void Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) override;
+  // Lets what comes from the editors end a pause.
+  void AddTo(core::platform::WaitSources& sources) const;
 
  private:
   struct Link {

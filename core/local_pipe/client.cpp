@@ -115,4 +115,8 @@ bool LocalPipeClient::Receive(Lines& lines, std::string& error) {
   }
 }
 
+void LocalPipeClient::AddTo(platform::WaitSources& sources) const {
+  impl->end.AddTo(sources);
+}
+
 }  // namespace zorvik::core

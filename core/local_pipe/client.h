@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/local_pipe/lines.h"
+#include "core/platform/wait.h"
 
 namespace zorvik::core {
 
@@ -40,6 +41,9 @@ class LocalPipeClient {
   // On false, with a message in `error`, `lines` may still hold lines that came before the failure,
   // and the caller must handle them.
   bool Receive(Lines& lines, std::string& error);
+
+  // Lets what comes from the peer end a pause.
+  void AddTo(platform::WaitSources& sources) const;
 
  private:
   struct Impl;

@@ -189,6 +189,10 @@ void LocalPipeServer::Drop(std::int32_t connection) {
   if (Instance* instance = impl->Find(connection)) instance->dropped = true;
 }
 
+void LocalPipeServer::AddTo(platform::WaitSources& sources) const {
+  for (const auto& instance : impl->instances) instance->end.AddTo(sources);
+}
+
 void LocalPipeServer::Close() {
   impl->Close();
 }

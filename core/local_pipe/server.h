@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "core/platform/wait.h"
+
 namespace zorvik::core {
 
 // The editor's end of the line transport: serves one pipe name to several clients from one thread.
@@ -44,6 +46,9 @@ class LocalPipeServer {
   // Lets that connection end once all that is queued for it has been written. It isn't reported in
   // `closed`.
   void Drop(std::int32_t connection);
+  // Lets what comes from the clients, and a new one, end a pause. What was queued by Send since the
+  // last Poll doesn't: whoever queued something polls before pausing.
+  void AddTo(platform::WaitSources& sources) const;
   // Cuts all clients off, without reports, and gives the name up. Connection ids are not reused.
   void Close();
 

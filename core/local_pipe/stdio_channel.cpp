@@ -29,10 +29,10 @@ void StdioChannel::Poll(Lines& lines, bool& closed) {
     if (input.IsPipe()) {
       std::size_t available = 0;
       bool open = input.Peek(available);
-      // When all there is is the beginning of a line, its rest is on its way, in pieces no larger
-      // than the pipe. Waiting a moment for each is shorter than the main loop's sleep.
-      const bool within_line = lines.empty() && !buffer.bytes.empty();
-      if (open && available == 0 && within_line && input.WaitForMore())
+      // The rest of a long line comes in pieces no larger than the pipe. Where the pause after
+      // this call would not end with the next piece, a moment for each is far shorter.
+      const bool within_long_line = lines.empty() && buffer.bytes.size() >= kReadChunk;
+      if (open && available == 0 && within_long_line && input.WaitForMore())
         open = input.Peek(available);
       if (!open) {
         End(lines);

@@ -26,6 +26,9 @@ class StdioChannel {
   // thrown away.
   void Poll(Lines& lines, bool& closed);
 
+  // Lets the input end a pause.
+  void AddTo(platform::WaitSources& sources) const { input.AddTo(sources); }
+
   // Writes `line` and a line feed, all of it, before it returns. False when the stream is missing
   // or broken; part of the line may have been written then.
   bool Write(std::string line);

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "core/platform/wait.h"
+
 // Local pipes: the byte streams between a server and the editors of the same user on one machine.
 // Windows: named pipes. POSIX: Unix-domain stream sockets in a private folder.
 //
@@ -47,6 +49,9 @@ class PipeEnd {
 
   // Whether a client has come to an instance that PipeService::Create made. Done at most once.
   Progress FinishAccept();
+
+  // Lets this end's pipe end a pause when bytes come, the peer goes, or a client connects.
+  void AddTo(WaitSources& sources) const;
 
   // Cancels what is in flight and cuts the peer off: it can count on nothing that it hasn't read
   // yet. The end stays to be closed.

@@ -187,6 +187,10 @@ bool PipeEnd::Valid() const {
   return native->socket.Valid();
 }
 
+void PipeEnd::AddTo(WaitSources& sources) const {
+  if (Valid()) sources.push_back(native->socket.Get());
+}
+
 bool PipeEnd::Peek(std::size_t& available) {
   int count = 0;
   if (ioctl(native->socket.Get(), FIONREAD, &count) == -1) return false;

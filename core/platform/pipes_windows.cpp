@@ -118,6 +118,8 @@ bool PipeEnd::Valid() const {
   return native->file.Valid();
 }
 
+void PipeEnd::AddTo(WaitSources&) const {}
+
 bool PipeEnd::Peek(std::size_t& available) {
   DWORD count = 0;
   if (!PeekNamedPipe(native->file.Get(), nullptr, 0, nullptr, &count, nullptr)) return false;

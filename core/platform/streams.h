@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/platform/wait.h"
+
 namespace zorvik::core::platform {
 
 // Puts the standard streams of the process in order. main() calls it before anything else, so that
@@ -30,12 +32,15 @@ class InputStream {
   // Only for pipes. Puts the number of bytes that can be read without blocking into `available`
   // (0: nothing yet). False once the writing end has gone and nothing is left. Never blocks.
   bool Peek(std::size_t& available) const;
-  // Only for pipes in which Peek found nothing. Waits for more, or for the end, for about a
-  // millisecond at most; false when neither came.
+  // Only for pipes in which Peek found nothing, and only where a pause can't be ended by them:
+  // waits a moment, far below a millisecond, for more or for the end. False when neither came, and
+  // at once where WaitForInput does better.
   bool WaitForMore() const;
   // Reads at most `limit` bytes and reports how many in `count`. Blocks while there are none.
   // False, or a count of 0, is the end of the input.
   bool Read(char* bytes, std::size_t limit, std::size_t& count) const;
+  // Lets the stream end a pause.
+  void AddTo(WaitSources& sources) const;
 
  private:
   std::intptr_t native = -1;

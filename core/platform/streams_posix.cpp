@@ -99,7 +99,11 @@ bool InputStream::Peek(std::size_t& available) const {
 }
 
 bool InputStream::WaitForMore() const {
-  return PollEvents(static_cast<int>(native), POLLIN, 1) != 0;
+  return false;
+}
+
+void InputStream::AddTo(WaitSources& sources) const {
+  if (Valid()) sources.push_back(native);
 }
 
 bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {

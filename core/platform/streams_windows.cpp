@@ -65,8 +65,7 @@ bool InputStream::Peek(std::size_t& available) const {
 }
 
 bool InputStream::WaitForMore() const {
-  // There is no waiting for an anonymous pipe, and a sleep takes far longer than a writer that is
-  // at work needs for the next piece.
+  // A sleep takes far longer than a writer that is at work needs for the next piece.
   constexpr int kTurns = 64;
   std::size_t available = 0;
   for (int turn = 0; turn < kTurns && available == 0; ++turn) {
@@ -75,6 +74,8 @@ bool InputStream::WaitForMore() const {
   }
   return available > 0;
 }
+
+void InputStream::AddTo(WaitSources&) const {}
 
 bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {
   DWORD got = 0;

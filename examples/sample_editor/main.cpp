@@ -9,6 +9,7 @@
 #include "core/editor_registry.h"
 #include "core/local_pipe/server.h"
 #include "core/local_pipe/stdio_channel.h"
+#include "core/platform/wait.h"
 #include "core/process.h"
 #include "examples/sample_editor/bridge.h"
 #include "examples/sample_editor/person.h"
@@ -82,7 +83,13 @@ void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& worl
       if (line == "sair") return;
       console.Write(DoAsPerson(world, line));
     }
-    core::SleepMilliseconds(1);
+    // What was just queued is written by the next Poll.
+    if (messages.empty()) {
+      core::platform::WaitSources sources;
+      pipe.AddTo(sources);
+      console.AddTo(sources);
+      core::platform::WaitForInput(sources, 1);
+    }
   }
 }
 

@@ -8,13 +8,13 @@
 namespace zorvik::tests {
 namespace {
 
-// Asks again and again until `done`.
+// Asks again and again until `done`, at once when one of `sources` has something.
 template <typename Condition>
-void Await(Condition done, const char* failure) {
+void Await(Condition done, const char* failure, const core::platform::WaitSources& sources = {}) {
   const auto limit = std::chrono::steady_clock::now() + kPatience;
   while (!done()) {
     if (std::chrono::steady_clock::now() > limit) throw std::runtime_error(failure);
-    core::SleepMilliseconds(1);
+    core::platform::WaitForInput(sources, 1);
   }
 }
 
@@ -45,8 +45,9 @@ bool ChildProcess::ReadSome(std::string& bytes) {
   const core::platform::InputStream stream = output.Reader();
   std::size_t count = 0;
   bool open = true;
-  const auto come = [&] { return !(open = stream.Peek(count)) || count > 0; };
-  Await([&] { return come() || (stream.WaitForMore() && come()); }, "no output");
+  core::platform::WaitSources sources;
+  stream.AddTo(sources);
+  Await([&] { return !(open = stream.Peek(count)) || count > 0; }, "no output", sources);
   const std::size_t before = bytes.size();
   bytes.resize(before + count);
   return open && stream.Read(bytes.data() + before, count, count);
