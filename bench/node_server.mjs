@@ -2,7 +2,7 @@
 // same catalog and forward calls to the same editors. It checks no arguments, has no deadlines and
 // asks the registry only once, all of which is in its favour.
 //   node node_server.mjs CATALOG.json
-import { readFileSync, readdirSync } from 'node:fs';
+import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import { connect } from 'node:net';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
@@ -17,13 +17,19 @@ const tools = JSON.parse(readFileSync(process.argv[2], 'utf8'));
 // The names on the bridge: the first underscore stands for the point.
 const operation = (tool) => tool.replace('_', '.');
 
+// As the server finds it, but for the look at who owns the session's folder.
+function privateFolder() {
+  const session = `/run/user/${process.geteuid()}`;
+  return existsSync(session) ? `${session}/zorvik` : `/tmp/zorvik-${process.geteuid()}`;
+}
+
 let editor;
 function openEditor() {
   const folder = join(process.env.ZORVIK_MCP_HOME, 'editors');
   const file = readdirSync(folder).find((name) => name.endsWith('.json'));
   const record = JSON.parse(readFileSync(join(folder, file), 'utf8'));
   const waiting = new Map();
-  const socket = connect(`/tmp/zorvik-${process.geteuid()}/${record.pipe}.sock`);
+  const socket = connect(`${privateFolder()}/${record.pipe}.sock`);
   let last = 0;
   const send = (message) =>
     socket.write(`${JSON.stringify({ token: record.token, ...message })}\n`);

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "core/json.h"
 #include "core/platform/files.h"
+#include "core/platform/pipes.h"
 #include "core/platform/process.h"
 #include "core/process.h"
 
@@ -17,29 +17,25 @@ std::filesystem::path Folder() {
   return McpHome() / "editors";
 }
 
-std::filesystem::path RecordPath(std::uint32_t pid) {
-  return Folder() / (std::to_string(pid) + ".json");
+std::string RecordName(std::uint32_t pid) {
+  return std::to_string(pid) + ".json";
 }
 
-// The record files that stand in the folder now, in path order.
-std::vector<std::filesystem::path> RecordFiles() {
-  std::vector<std::filesystem::path> files;
-  const std::filesystem::path folder = Folder();
-  std::error_code failure;
-  if (!std::filesystem::is_directory(folder, failure)) return files;
-  std::filesystem::directory_iterator entry(folder, failure);
-  for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
-    if (entry->path().extension() == ".json") files.push_back(entry->path());
+// The names of the record files that stand in the folder now, in path order.
+std::vector<std::filesystem::path> RecordFiles(const platform::TrustedFolder& folder) {
+  std::vector<std::filesystem::path> files = folder.Names();
+  std::erase_if(files, [](const auto& name) { return name.extension() != ".json"; });
   std::sort(files.begin(), files.end());
   return files;
 }
 
 // What the file says, or nothing if it is no record with which an editor could be reached.
-std::optional<EditorRecord> ReadRecord(const std::filesystem::path& file) {
+std::optional<EditorRecord> ReadRecord(const platform::TrustedFolder& folder,
+                                       const std::filesystem::path& file) {
   std::string text;
   Json json;
   std::string error;
-  if (!platform::ReadWholeFile(file, text) || !ParseJson(text, json, error)) return std::nullopt;
+  if (!folder.Read(file, text) || !ParseJson(text, json, error)) return std::nullopt;
   EditorRecord record;
   record.editor_id = json.At("editor_id").TextOr("");
   record.pipe = json.At("pipe").TextOr("");
@@ -71,15 +67,17 @@ std::filesystem::path McpHome() {
 
 std::vector<EditorRecord> ListEditorRecords() {
   std::vector<EditorRecord> records;
-  for (const std::filesystem::path& file : RecordFiles()) {
-    std::optional<EditorRecord> record = ReadRecord(file);
+  platform::TrustedFolder folder;
+  if (!folder.Open(Folder())) return records;
+  for (const std::filesystem::path& file : RecordFiles(folder)) {
+    std::optional<EditorRecord> record = ReadRecord(folder, file);
     if (!record) continue;
-    if (ProcessAlive(record->pid)) {
+    // The home may be shared with containers whose processes have numbers of their own: an editor
+    // of such a one can't be seen from here, but its pipe is served.
+    if (ProcessAlive(record->pid) || platform::PipeIsServed(record->pipe))
       records.push_back(std::move(*record));
-    } else {
-      std::error_code ignored;
-      std::filesystem::remove(file, ignored);
-    }
+    else
+      folder.Remove(file);
   }
   std::stable_sort(records.begin(), records.end(),
                    [](const EditorRecord& a, const EditorRecord& b) { return a.pid < b.pid; });
@@ -98,12 +96,12 @@ WriteResult WriteEditorRecord(const EditorRecord& record) {
                                   {"world", record.world},
                                   {"world_id", record.world_id},
                                   {"started", record.started}});
-  return WriteFileDurably(RecordPath(record.pid), WriteJson(json) + "\n", FileEncoding::Binary);
+  return WriteHomeFile(Folder() / RecordName(record.pid), WriteJson(json) + "\n");
 }
 
 void RemoveEditorRecord(std::uint32_t pid) {
-  std::error_code ignored;
-  std::filesystem::remove(RecordPath(pid), ignored);
+  platform::TrustedFolder folder;
+  if (folder.Open(Folder())) folder.Remove(RecordName(pid));
 }
 
 }  // namespace zorvik::core

@@ -25,15 +25,17 @@ struct EditorRecord {
 };
 
 // The per-user home folder: ZORVIK_MCP_HOME, or else ZORVIK/mcp under LOCALAPPDATA, or else under
-// the temporary folder. Worked out anew at each call; creates nothing.
+// platform::TemporaryFolder(). Worked out anew at each call; creates nothing.
 std::filesystem::path McpHome();
 
 // The records of live editors, ascending by pid, from the folder `editors` under McpHome(). Files
-// of processes that are gone are deleted on the way; whatever can't be read is left out and left
+// of editors whose process is gone and whose pipe nobody serves are deleted on the way; whatever
+// can't be read, or could be the work of others (platform::TrustedFolder), is left out and left
 // alone. Never hangs and reports no failure.
 std::vector<EditorRecord> ListEditorRecords();
 
-// Publishes the record in its file, named by its pid, durably and for this user alone.
+// Publishes the record in its file, named by its pid, durably and for this user alone, as
+// WriteHomeFile.
 WriteResult WriteEditorRecord(const EditorRecord& record);
 
 // Deletes the file of that pid's record, if there is one.

@@ -1,11 +1,15 @@
 #include "core/file_write.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
-#include <fstream>
-#include <system_error>
+#include <cstddef>
+#include <cstdio>
+#include <streambuf>
 #include <utility>
 
 #include "core/platform/files.h"
+#include "core/platform/replacement_file.h"
 
 namespace zorvik::core {
 namespace {
@@ -17,28 +21,51 @@ bool TakeInjected(WriteStep step) {
   return injected.compare_exchange_strong(step, WriteStep::None);
 }
 
-// Removes the temporary file at the end of the scope, whatever became of it. After a replacement
-// there is nothing left to remove.
-class TemporaryFile {
+// What a writer's stream writes to.
+class FileBuffer : public std::streambuf {
  public:
-  explicit TemporaryFile(const std::filesystem::path& target) : path(target) { path += ".tmp"; }
-  ~TemporaryFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  explicit FileBuffer(platform::ReplacementFile& written) : file(written) { Empty(); }
 
-  const std::filesystem::path& Path() const { return path; }
+ protected:
+  int_type overflow(int_type value) override {
+    if (sync() != 0) return traits_type::eof();
+    if (!traits_type::eq_int_type(value, traits_type::eof()))
+      sputc(traits_type::to_char_type(value));
+    return traits_type::not_eof(value);
+  }
+  std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+    if (count <= epptr() - pptr()) {
+      std::copy_n(bytes, count, pptr());
+      pbump(static_cast<int>(count));
+      return count;
+    }
+    return sync() == 0 && file.Write(bytes, static_cast<std::size_t>(count)) ? count : 0;
+  }
+  int sync() override {
+    const bool written = file.Write(pbase(), static_cast<std::size_t>(pptr() - pbase()));
+    Empty();
+    return written ? 0 : -1;
+  }
+  pos_type seekoff(off_type offset, std::ios_base::seekdir from, std::ios_base::openmode) override {
+    if (sync() != 0) return off_type(-1);
+    const bool from_start = from == std::ios_base::beg;
+    return file.Seek(offset, from_start                   ? SEEK_SET
+                             : from == std::ios_base::cur ? SEEK_CUR
+                                                          : SEEK_END);
+  }
+  pos_type seekpos(pos_type place, std::ios_base::openmode which) override {
+    return seekoff(place, std::ios_base::beg, which);
+  }
 
  private:
-  std::filesystem::path path;
+  void Empty() { setp(buffer.data(), buffer.data() + buffer.size()); }
+
+  platform::ReplacementFile& file;
+  std::array<char, 16'384> buffer;
 };
 
-}  // namespace
-
-WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWriter& writer,
-                             FileEncoding encoding) {
+WriteResult Write(const std::filesystem::path& path, const ContentWriter& writer,
+                  FileEncoding encoding, bool trusted_only) {
   const std::string name = platform::PathText(path.filename());
   const auto failure = [&path](WriteStatus status, std::string message) {
     return WriteResult{status, platform::PathText(path), std::move(message)};
@@ -46,45 +73,36 @@ WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWri
   const std::string not_written =
       "não foi possível gravar " + name + " (disco cheio ou pasta sem permissão).";
 
-  const std::filesystem::path folder = path.parent_path();
-  if (!folder.empty() &&
-      (!platform::CreatePrivateFolders(folder) || TakeInjected(WriteStep::CreateFolder)))
+  platform::ReplacementFile file(path);
+  if (!file.PrepareFolder(trusted_only) ||
+      (path.has_parent_path() && TakeInjected(WriteStep::CreateFolder)))
     return failure(WriteStatus::FolderFailed, "não foi possível criar a pasta de " + name + ".");
-
-  // Declared before the stream, so that it goes after the stream is closed.
-  const TemporaryFile temporary(path);
-  std::ofstream stream;
-  if (platform::CreatePrivateFile(temporary.Path())) {
-    const auto text_mode = std::ios::out | std::ios::trunc;
-    stream.open(temporary.Path(),
-                encoding == FileEncoding::Binary ? text_mode | std::ios::binary : text_mode);
-  }
-  if (!stream.is_open() || TakeInjected(WriteStep::OpenTemporary))
+  if (!file.Create(encoding != FileEncoding::Binary) || TakeInjected(WriteStep::OpenTemporary))
     return failure(WriteStatus::WriteFailed, not_written);
 
+  FileBuffer buffer(file);
+  std::ostream stream(&buffer);
   std::string reason;
-  const bool produced = writer(stream, reason);
-  stream.close();
-  if (!produced) {
+  if (!writer(stream, reason)) {
     if (reason.empty()) reason = "o conteúdo de " + name + " não pôde ser produzido.";
     return failure(WriteStatus::ContentFailed, std::move(reason));
   }
-  if (!stream || TakeInjected(WriteStep::WriteTemporary))
+  if (buffer.pubsync() != 0 || !stream || TakeInjected(WriteStep::WriteTemporary))
     return failure(WriteStatus::WriteFailed, not_written);
-  if (!platform::SyncFile(temporary.Path()) || TakeInjected(WriteStep::SyncTemporary)) {
+  if (!file.Sync() || TakeInjected(WriteStep::SyncTemporary)) {
     return failure(WriteStatus::WriteFailed, "não foi possível gravar " + name +
                                                  " no disco (o disco recusou a sincronização). "
                                                  "O arquivo anterior foi preservado.");
   }
 
   // What has been replaced can't be taken back, so here the forced failure comes first.
-  if (TakeInjected(WriteStep::ReplaceTarget) || !win32::ReplaceDurably(temporary.Path(), path)) {
+  if (TakeInjected(WriteStep::ReplaceTarget) || !file.Replace()) {
     return failure(WriteStatus::ReplaceFailed,
                    "não foi possível substituir " + name +
                        "; ele pode estar protegido contra escrita ou aberto em outro programa. "
                        "O arquivo anterior foi preservado.");
   }
-  if (!platform::SyncDirectory(folder)) {
+  if (!file.SyncFolder()) {
     return failure(WriteStatus::WriteFailed,
                    name +
                        " foi trocado, mas a pasta não confirmou a troca no disco; depois de uma "
@@ -93,13 +111,27 @@ WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWri
   return {};
 }
 
-WriteResult WriteFileDurably(const std::filesystem::path& path, std::string_view content,
-                             FileEncoding encoding) {
-  const auto write_all = [content](std::ostream& stream, std::string&) {
+ContentWriter WriterOf(std::string_view content) {
+  return [content](std::ostream& stream, std::string&) {
     stream.write(content.data(), static_cast<std::streamsize>(content.size()));
     return true;
   };
-  return WriteFileDurably(path, ContentWriter(write_all), encoding);
+}
+
+}  // namespace
+
+WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWriter& writer,
+                             FileEncoding encoding) {
+  return Write(path, writer, encoding, false);
+}
+
+WriteResult WriteFileDurably(const std::filesystem::path& path, std::string_view content,
+                             FileEncoding encoding) {
+  return Write(path, WriterOf(content), encoding, false);
+}
+
+WriteResult WriteHomeFile(const std::filesystem::path& path, std::string_view content) {
+  return Write(path, WriterOf(content), FileEncoding::Binary, true);
 }
 
 bool WriteFileReplacing(const std::filesystem::path& path, std::string_view content,

@@ -51,6 +51,11 @@ WriteResult WriteFileDurably(const std::filesystem::path& path, const ContentWri
 WriteResult WriteFileDurably(const std::filesystem::path& path, std::string_view content,
                              FileEncoding encoding);
 
+// As WriteFileDurably in binary, for what stands in the home. Fails with FolderFailed where anybody
+// but this user and the system can change the folder's entries (POSIX), since whoever can do that
+// decides what is read there next.
+WriteResult WriteHomeFile(const std::filesystem::path& path, std::string_view content);
+
 // As WriteFileDurably in binary. On failure returns false with the message in `error`, which is
 // left alone on success.
 bool WriteFileReplacing(const std::filesystem::path& path, std::string_view content,

@@ -25,7 +25,7 @@ void LogFile::Line(const std::string& line) {
 
   text += core::LocalTimestamp() + " " + line + "\n";
   if (text.size() > kSizeTrigger) text.erase(0, text.size() - kSizeKept);
-  core::WriteFileDurably(path, text, core::FileEncoding::Binary);
+  core::WriteHomeFile(path, text);
 }
 
 }  // namespace zorvik::mcp

@@ -6,7 +6,8 @@
 namespace zorvik::mcp {
 
 // The log of one process. Each line goes to standard error and, with a time stamp, into a file that
-// is rewritten as a whole. When a line takes it beyond 262,144 bytes, only its last 131,072 stay.
+// is rewritten as a whole by core::WriteHomeFile. When a line takes it beyond 262,144 bytes, only
+// its last 131,072 stay.
 class LogFile {
  public:
   // An empty path means standard error only. A file that exists already is replaced by the first

@@ -13,11 +13,6 @@ namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-Handle Open(const std::filesystem::path& path, DWORD access, DWORD disposition) {
-  return Handle(CreateFileW(path.c_str(), access, kShareAll, nullptr, disposition,
-                            FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
 }  // namespace
 
 std::string PathText(const std::filesystem::path& path) {
@@ -46,46 +41,52 @@ bool CreatePrivateFolders(const std::filesystem::path& path) {
   return std::filesystem::is_directory(path, failure);
 }
 
-bool CreatePrivateFile(const std::filesystem::path& path) {
-  const DWORD attributes = GetFileAttributesW(path.c_str());
-  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
-    DeleteFileW(path.c_str());
-  return Open(path, GENERIC_WRITE, CREATE_ALWAYS).Valid();
-}
-
 bool ReadWholeFile(const std::filesystem::path& path, std::string& content) {
   content.clear();
-  const Handle file = Open(path, GENERIC_READ, OPEN_EXISTING);
+  const Handle file(CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file.Valid() || GetFileType(file.Get()) != FILE_TYPE_DISK) return false;
   std::array<char, 65'536> chunk;
-  while (true) {
-    DWORD got = 0;
-    if (!ReadFile(file.Get(), chunk.data(), static_cast<DWORD>(chunk.size()), &got, nullptr)) {
-      content.clear();
-      return false;
-    }
-    if (got == 0) return true;
+  DWORD got = 0;
+  bool read = true;
+  do {
     content.append(chunk.data(), got);
-  }
+    read = ReadFile(file.Get(), chunk.data(), static_cast<DWORD>(chunk.size()), &got, nullptr);
+  } while (read && got > 0 && content.size() + got <= kLargestFile);
+  const bool whole = read && got == 0;
+  if (!whole) std::string().swap(content);
+  return whole;
 }
 
-bool SyncFile(const std::filesystem::path& path) {
-  const Handle file = Open(path, GENERIC_WRITE, OPEN_EXISTING);
-  return file.Valid() && FlushFileBuffers(file.Get());
+struct TrustedFolder::Native {
+  std::filesystem::path path;
+};
+
+TrustedFolder::TrustedFolder() : native(std::make_unique<Native>()) {}
+TrustedFolder::~TrustedFolder() = default;
+
+bool TrustedFolder::Open(const std::filesystem::path& path) {
+  native->path = path;
+  std::error_code failure;
+  return std::filesystem::is_directory(path, failure);
 }
 
-bool SyncDirectory(const std::filesystem::path&) {
-  // ReplaceDurably has put the move on disk already.
-  return true;
+std::vector<std::filesystem::path> TrustedFolder::Names() const {
+  std::vector<std::filesystem::path> names;
+  std::error_code failure;
+  std::filesystem::directory_iterator entry(native->path, failure);
+  for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
+    names.push_back(entry->path().filename());
+  return names;
+}
+
+bool TrustedFolder::Read(const std::filesystem::path& name, std::string& content) const {
+  return ReadWholeFile(native->path / name, content);
+}
+
+void TrustedFolder::Remove(const std::filesystem::path& name) const {
+  std::error_code ignored;
+  std::filesystem::remove(native->path / name, ignored);
 }
 
 }  // namespace zorvik::core::platform
-
-namespace zorvik::core::win32 {
-
-bool ReplaceDurably(const std::filesystem::path& from, const std::filesystem::path& to) {
-  return MoveFileExW(from.c_str(), to.c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-}
-
-}  // namespace zorvik::core::win32

@@ -72,6 +72,10 @@ class PipeEnd {
 // kAccessDenied when the place or the peer belongs to another user; kInvalidName; or another code.
 std::uint32_t OpenPipe(const std::string& name, PipeEnd& end);
 
+// Whether somebody serves `name`, if only a process that this one can't see. Errs on the side of
+// yes: false only where it is certain. Takes no instance away from a client.
+bool PipeIsServed(const std::string& name);
+
 // Waits up to `wait_ms` for an instance of `name` to become free. May return early for no reason.
 void WaitForInstance(const std::string& name, std::uint32_t wait_ms);
 

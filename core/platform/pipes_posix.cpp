@@ -1,4 +1,4 @@
-// A pipe NAME is the Unix-domain stream socket /tmp/zorvik-<uid>/NAME.sock. Beside it stands
+// A pipe NAME is the Unix-domain stream socket NAME.sock in PrivateFolder(). Beside it stands
 // NAME.lock, on which the serving process holds a lock for as long as it lives, so that a name is
 // free again however its server died, and a socket file left behind says nothing.
 //
@@ -25,6 +25,7 @@
 
 #include "core/platform/error_codes.h"
 #include "core/platform/posix.h"
+#include "core/platform/private_folder_posix.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -72,7 +73,7 @@ struct Place {
 std::uint32_t FindPlace(const std::string& name, Place& place) {
   if (name.empty() || name.find('/') != std::string::npos || name.find('\0') != std::string::npos)
     return kInvalidName;
-  place.folder = "/tmp/zorvik-" + std::to_string(geteuid());
+  place.folder = PrivateFolder();
   place.socket = place.folder + "/" + name + ".sock";
   place.lock = place.folder + "/" + name + ".lock";
   if (place.socket.size() >= sizeof place.address.sun_path) return kInvalidName;
@@ -81,13 +82,8 @@ std::uint32_t FindPlace(const std::string& name, Place& place) {
   return kNoError;
 }
 
-// Anybody can make things in /tmp, so the folder is trusted only if nobody else could have.
 std::uint32_t CheckFolder(const std::string& folder) {
-  struct stat status {};
-  if (lstat(folder.c_str(), &status) == -1) return ErrorCode(errno);
-  const bool is_private =
-      S_ISDIR(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & 077) == 0;
-  return is_private ? kNoError : kAccessDenied;
+  return CheckPrivateFolder(folder) == 0 ? kNoError : ErrorCode(errno);
 }
 
 bool PeerIsTrusted(int socket) {
@@ -104,13 +100,15 @@ struct flock WholeFile() {
   return lock;
 }
 
-// Whether a server holds the name. Asks without taking the lock, so that a client never stands in a
-// server's way.
-bool IsServed(const Place& place) {
+// Whether a server holds the name; `if_unknown` where the system doesn't tell. Asks without taking
+// the lock, so that a client never stands in a server's way.
+bool IsServed(const Place& place, bool if_unknown) {
   const Descriptor file(RetryOnInterrupt(
       [&] { return open(place.lock.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
+  if (!file.Valid()) return errno != ENOENT && if_unknown;
   struct flock lock = WholeFile();
-  return file.Valid() && fcntl(file.Get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+  if (fcntl(file.Get(), F_OFD_GETLK, &lock) != 0) return if_unknown;
+  return lock.l_type != F_UNLCK;
 }
 
 // Whether the file that was opened is still the one at its path.
@@ -125,7 +123,7 @@ bool IsAt(const Descriptor& file, const std::string& path) {
 // when some other descriptor of the same file is closed, and it also holds between two servers in
 // one process.
 std::uint32_t Claim(const Place& place, Descriptor& claim) {
-  if (mkdir(place.folder.c_str(), 0700) == -1 && errno != EEXIST) return ErrorCode(errno);
+  if (MakePrivateFolder(place.folder.c_str()) == -1 && errno != EEXIST) return ErrorCode(errno);
   if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) return code;
   for (int attempt = 0; attempt < kClaimAttempts; ++attempt) {
     Descriptor file(RetryOnInterrupt([&] {
@@ -137,6 +135,7 @@ std::uint32_t Claim(const Place& place, Descriptor& claim) {
       return errno == EAGAIN ? kAccessDenied : ErrorCode(errno);
     // A server that leaves removes its file, perhaps between our opening and locking of it.
     if (IsAt(file, place.lock)) {
+      fchmod(file.Get(), 0600);  // Under a strict umask nobody could ask for the lock.
       claim = std::move(file);
       return kNoError;
     }
@@ -279,7 +278,7 @@ std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
         return kPipeBusy;
       case ECONNREFUSED:
       case ENOENT:
-        return IsServed(place) ? kPipeBusy : kFileNotFound;
+        return IsServed(place, false) ? kPipeBusy : kFileNotFound;
       default:
         return ErrorCode(errno);
     }
@@ -288,6 +287,11 @@ std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
   EnlargeSendBuffer(socket);
   end.native->socket = std::move(socket);
   return kNoError;
+}
+
+bool PipeIsServed(const std::string& name) {
+  Place place;
+  return FindPlace(name, place) == kNoError && IsServed(place, true);
 }
 
 void WaitForInstance(const std::string& /*name*/, std::uint32_t wait_ms) {

@@ -24,13 +24,16 @@ std::uint32_t CurrentProcessId() {
 bool ProcessAlive(std::uint64_t pid) {
   // kill() takes 0 and negative numbers for groups of processes.
   if (pid == 0 || pid > static_cast<std::uint64_t>(std::numeric_limits<pid_t>::max())) return false;
-  if (kill(static_cast<pid_t>(pid), 0) != 0 && errno != EPERM) return false;
+  // Whatever else is refused, and by whomever, says nothing about the process.
+  if (kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH) return false;
 
   // Linux finds the id of a mere thread as well, and that of a process which has ended but wasn't
   // collected by its parent.
   const std::string id = std::to_string(pid);
   std::string status;
-  if (!platform::ReadWholeFile("/proc/" + id + "/status", status)) return true;
+  const bool told = platform::ReadWholeFile("/proc/" + id + "/status", status) &&
+                    status.find("\nTgid:\t") != std::string::npos;
+  if (!told) return true;
   const bool ended = status.find("\nState:\tZ") != std::string::npos ||
                      status.find("\nState:\tX") != std::string::npos;
   return !ended && status.find("\nTgid:\t" + id + "\n") != std::string::npos;

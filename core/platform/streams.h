@@ -10,8 +10,8 @@ namespace zorvik::core::platform {
 // Puts the standard streams of the process in order. main() calls it before anything else, so that
 // no file opened later can take the place of a standard stream that the process was started
 // without. From then on what is written to standard output and standard error through stdio keeps
-// its line feeds as they are, and a write to a stream that nobody reads any more fails instead of
-// ending the process.
+// its line feeds as they are, and a write to a stream that nobody reads any more, or to a file that
+// has reached the system's limit, fails instead of ending the process.
 void PrepareStandardStreams();
 
 // A byte stream that is read without buffering. The object is a borrowed handle: it neither opens

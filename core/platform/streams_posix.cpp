@@ -65,6 +65,8 @@ void PrepareStandardStreams() {
     if (placeholder > fd) close(placeholder);
   }
   std::signal(SIGPIPE, SIG_IGN);
+  // A limit on the size of files is then a write that fails, as on a full disk.
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 InputStream InputStream::Standard() {

@@ -26,6 +26,8 @@ class Handle {
     if (Valid()) CloseHandle(handle);
     handle = nullptr;
   }
+  // Leaves the closing to somebody else.
+  void Release() { handle = nullptr; }
   bool Valid() const { return handle != nullptr; }
   HANDLE Get() const { return handle; }
 

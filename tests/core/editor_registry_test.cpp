@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/local_pipe/server.h"
 #include "core/process.h"
 #include "tests/support/temporary_home.h"
 
@@ -87,6 +88,20 @@ TEST_F(EditorRegistryTest, ListsWhatLeadsToALiveEditorAndDeletesOnlyTheDead) {
   EXPECT_EQ(ids, (std::vector<std::string>{"10", "9", "a", "b", "c", "d", ""}));
   for (const auto& [path, text] : kept) EXPECT_TRUE(std::filesystem::exists(path)) << path;
   EXPECT_FALSE(std::filesystem::exists(File("morto")));
+}
+
+// As in a container that shares the home: its processes have numbers that mean nothing here.
+TEST_F(EditorRegistryTest, ARecordWhosePipeIsServedStays) {
+  const std::string pipe = "zorvik-teste-" + RandomHex(8);
+  tests::WriteText(File("longe"), R"({"pid":2147483647,"pipe":")" + pipe + "\"}");
+  LocalPipeServer server;
+  std::string error;
+  ASSERT_TRUE(server.Open(pipe, error)) << error;
+  EXPECT_EQ(ListEditorRecords().size(), 1U);
+  EXPECT_TRUE(std::filesystem::exists(File("longe")));
+  server.Close();
+  EXPECT_TRUE(ListEditorRecords().empty());
+  EXPECT_FALSE(std::filesystem::exists(File("longe")));
 }
 
 }  // namespace

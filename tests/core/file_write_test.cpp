@@ -39,6 +39,24 @@ TEST_F(FileWriteTest, ReplacesTheWholeFileInFoldersThatItMakes) {
   EXPECT_EQ(error, "intacto");
 }
 
+TEST_F(FileWriteTest, AWriterMayGoBackInItsStream) {
+  const auto writer = [](std::ostream& stream, std::string&) {
+    for (int i = 0; i < 9'999; ++i) stream << "\n1";
+    stream << std::string(50'000, '2');
+    stream.seekp(-1, std::ios::cur);
+    stream.put('3').seekp(0);
+    stream << '4';
+    return stream.tellp() == 1;
+  };
+  EXPECT_EQ(WriteFileDurably(target, writer, FileEncoding::Binary).message, "");
+  std::string expected = "41";
+  for (int i = 1; i < 9'999; ++i) expected += "\n1";
+  EXPECT_EQ(ReadText(target), expected + std::string(49'999, '2') + '3');
+  EXPECT_EQ(WriteFileDurably(target, "a\nb", FileEncoding::TextMode).message, "");
+  EXPECT_EQ(ReadText(target),
+            std::filesystem::path::preferred_separator == '/' ? "a\nb" : "a\r\nb");
+}
+
 TEST_F(FileWriteTest, WritesABareNameInTheWorkingFolder) {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(home.Path());

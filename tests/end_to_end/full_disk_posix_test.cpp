@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -47,6 +48,20 @@ TEST(FullDiskTest, CostsOnlyWhatWouldHaveBeenWritten) {
               4);
   }
   umount2(home.Path().c_str(), MNT_DETACH);
+}
+
+TEST(FullDiskTest, ALimitOnTheSizeOfFilesCostsNoMore) {
+  const TemporaryHome home;
+  rlimit limit = {};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit low = {1024, limit.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &low);
+  McpClient client;
+  setrlimit(RLIMIT_FSIZE, &limit);
+  for (int i = 0; i < 20; ++i)
+    client.Ask("initialize", R"({"protocolVersion":"2025-11-25","clientInfo":{"name":"prova"}})");
+  EXPECT_EQ(Outcome(client.Call("world_info")), "no_editor");
+  EXPECT_GT(ReadText(client.LogPath()).size(), 900U);
 }
 
 // Standard error too may lie on a full disk.

@@ -116,5 +116,34 @@ TEST_F(OtherUsersTest, CantReadATokenOrReachAnEditorOrTakeItsPlace) {
   EXPECT_EQ(ReadText(editor.RecordPath()), record);
 }
 
+TEST_F(OtherUsersTest, EachHasAHomeWithoutBeingToldOne) {
+  const ScopedEnvironment no_home("ZORVIK_MCP_HOME", std::nullopt);
+  const ScopedEnvironment no_base("LOCALAPPDATA", std::nullopt);
+  for (const uid_t id : {intruder, user}) {
+    Become(id);
+    EditorProcess editor("vale");
+    McpClient client;
+    EXPECT_EQ(Outcome(client.Call("world_info")), "ok");
+    EXPECT_TRUE(client.Log().ends_with("\n"));
+  }
+
+  // Somebody else has been there first, with an editor of theirs.
+  fs::remove_all(pipes);
+  const fs::path record = core::McpHome() / "editors" / "1.json";
+  Become(intruder);
+  WriteText(record, R"({"pid":1,"pipe":"p"})");
+  for (fs::path path = record; path != pipes.parent_path(); path = path.parent_path())
+    ASSERT_EQ(chmod(path.c_str(), 0777), 0);
+  Become(user);
+  McpClient client;
+  for (int turn = 0; turn < 2; ++turn) EXPECT_EQ(Outcome(client.Call("world_info")), "no_editor");
+  EXPECT_EQ(client.Log(), "");
+  const std::string notice = "zorvik: pasta recusada: " + pipes.string() +
+                             ": pertence a outro usuário (uid " + std::to_string(intruder) + ").\n";
+  const std::string errors = client.Errors();
+  EXPECT_NE(errors.find(notice), errors.npos);
+  EXPECT_EQ(errors.find("pasta recusada"), errors.rfind("pasta recusada"));
+}
+
 }  // namespace
 }  // namespace zorvik::tests

@@ -32,10 +32,17 @@ class TemporaryHome {
   ScopedEnvironment home{"ZORVIK_MCP_HOME", core::platform::PathText(folder)};
 };
 
-// Writes a small file as it is, making the folders above it.
+// Writes a small file as it is, making the folders above it. Whatever the umask, nobody else may
+// write there: the programs wouldn't trust such files.
 inline void WriteText(const std::filesystem::path& path, std::string_view text) {
   std::filesystem::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << text;
+  using std::filesystem::perms;
+  for (const std::filesystem::path& made : {path.parent_path(), path}) {
+    std::error_code not_ours;
+    std::filesystem::permissions(made, perms::group_write | perms::others_write,
+                                 std::filesystem::perm_options::remove, not_ours);
+  }
 }
 
 // The bytes of a file; empty when it can't be read.

@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <ostream>
+#include <atomic>
+#include <iterator>
 #include <string>
+#include <thread>
 
 #include "core/editor_registry.h"
 #include "core/file_write.h"
@@ -25,38 +26,95 @@ std::string Write(const std::filesystem::path& path, const std::string& content)
 }
 
 TEST(FilesPosixTest, WhatIsWrittenIsReadableByItsUserAlone) {
-  const tests::TemporaryHome home;
-  chmod(home.Path().c_str(), 0755);
-  const std::filesystem::path target = home.Path() / "a" / "b" / "x";
-  const std::filesystem::path bystander = home.Path() / "alheio";
-  tests::WriteText(bystander, "intacto");
-  const mode_t mask = umask(0);
-  EXPECT_EQ(Write(target, "1"), "");
-  EXPECT_EQ(Rights(target), 0600U);
-  // A leftover that others may read and that leads elsewhere takes nothing in.
-  chmod(bystander.c_str(), 0666);
-  std::filesystem::create_symlink(bystander, target.string() + ".tmp");
-  EXPECT_EQ(Write(target, "2"), "");
-  umask(mask);
-  EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(target)));
-  EXPECT_EQ(tests::ReadText(target), "2");
-  EXPECT_EQ(Rights(target), 0600U);
-  EXPECT_EQ(tests::ReadText(bystander), "intacto");
-  EXPECT_EQ(Rights(home.Path() / "a"), 0700U);
-  EXPECT_EQ(Rights(home.Path() / "a" / "b"), 0700U);
-  EXPECT_EQ(Rights(home.Path()), 0755U);
+  for (const mode_t mask : {0, 0777}) {
+    const tests::TemporaryHome home;
+    chmod(home.Path().c_str(), 0755);
+    const std::filesystem::path target = home.Path() / "a" / "b" / "x";
+    const std::filesystem::path bystander = home.Path() / "alheio";
+    tests::WriteText(bystander, "intacto");
+    const mode_t before = umask(mask);
+    EXPECT_EQ(Write(target, "1"), "");
+    EXPECT_EQ(Rights(target), 0600U);
+    // A leftover that others may read and that leads elsewhere takes nothing in.
+    chmod(bystander.c_str(), 0666);
+    std::filesystem::create_symlink(bystander, target.string() + ".tmp");
+    EXPECT_EQ(Write(target, "2"), "");
+    umask(before);
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(target)));
+    EXPECT_EQ(tests::ReadText(target), "2");
+    EXPECT_EQ(Rights(target), 0600U);
+    EXPECT_EQ(tests::ReadText(bystander), "intacto");
+    EXPECT_EQ(Rights(home.Path() / "a"), 0700U);
+    EXPECT_EQ(Rights(home.Path() / "a" / "b"), 0700U);
+    EXPECT_EQ(Rights(home.Path()), 0755U);
+  }
 }
 
-TEST(FilesPosixTest, ARealFailureOfTheDiskLeavesAForcedOneArmed) {
+TEST(FilesPosixTest, WhoeverPutsALinkInTheWayGainsNothing) {
   const tests::TemporaryHome home;
-  const std::filesystem::path target = home.Path() / "x";
-  InjectWriteFailure(WriteStep::SyncTemporary);
-  const auto lose_file = [&target](std::ostream&, std::string&) {
-    return std::filesystem::remove(target.string() + ".tmp");
-  };
-  EXPECT_EQ(WriteFileDurably(target, lose_file, FileEncoding::Binary).status,
-            WriteStatus::WriteFailed);
-  EXPECT_EQ(WriteFileDurably(target, "1", FileEncoding::Binary).status, WriteStatus::WriteFailed);
+  const std::filesystem::path bystander = home.Path() / "alheio";
+  const std::filesystem::path link = home.Path() / "laço";
+  tests::WriteText(bystander, "intacto");
+  std::atomic<bool> done = false;
+  std::thread intruder([&] {
+    for (std::error_code ignored; !done;) {
+      std::filesystem::create_symlink(bystander, link, ignored);
+      std::filesystem::rename(link, home.Path() / "x.tmp", ignored);
+    }
+  });
+  for (int turn = 0; turn < 1'000; ++turn) Write(home.Path() / "x", "segredo");
+  done = true;
+  intruder.join();
+  EXPECT_EQ(tests::ReadText(bystander), "intacto");
+}
+
+TEST(FilesPosixTest, RecordsComeOnlyFromWhereNobodyElseCanWrite) {
+  constexpr uid_t kSomebody = 12'345;
+  EditorRecord record;
+  record.pipe = "p";
+  record.pid = CurrentProcessId();
+  for (const bool of_folder : {true, false}) {
+    const struct {
+      mode_t mode;
+      uid_t owner;
+      std::string reason;  // Why it is refused; empty: it isn't.
+    } kCases[] = {{0755, getuid(), ""},
+                  {0775, getuid(), "outros usuários têm acesso a ela"},
+                  {0757, getuid(), "outros usuários têm acesso a ela"},
+                  {0700, kSomebody, "pertence a outro usuário (uid 12345)"}};
+    for (const auto& c : kCases) {
+      if (c.owner == kSomebody && getuid() != 0) continue;
+      const tests::TemporaryHome home;
+      ASSERT_EQ(WriteEditorRecord(record).status, WriteStatus::Ok);
+      const std::filesystem::path file = home.Editors() / (std::to_string(record.pid) + ".json");
+      const std::filesystem::path changed = of_folder ? home.Editors() : file;
+      ASSERT_EQ(chmod(changed.c_str(), c.mode) + chown(changed.c_str(), c.owner, 0), 0);
+      const bool refused = of_folder && !c.reason.empty();
+      testing::internal::CaptureStderr();
+      for (int turn = 0; turn < 2; ++turn)
+        EXPECT_EQ(ListEditorRecords().size(), c.reason.empty() ? 1U : 0U) << changed << c.reason;
+      EXPECT_EQ(WriteEditorRecord(record).status,
+                refused ? WriteStatus::FolderFailed : WriteStatus::Ok);
+      RemoveEditorRecord(record.pid);
+      EXPECT_EQ(std::filesystem::exists(file), refused);
+      EXPECT_EQ(
+          testing::internal::GetCapturedStderr(),
+          refused ? "zorvik: pasta recusada: " + changed.string() + ": " + c.reason + ".\n" : "");
+    }
+  }
+}
+
+TEST(FilesPosixTest, AFolderBehindALinkIsNotTheOneThatWasMeant) {
+  const tests::TemporaryHome home;
+  const std::filesystem::path elsewhere = home.Path() / "alheio";
+  tests::WriteText(elsewhere / "1.json", R"({"pipe":"p","pid":2147483647})");
+  std::filesystem::create_symlink(elsewhere, home.Editors());
+  EditorRecord record;
+  record.pid = 1;
+  EXPECT_TRUE(ListEditorRecords().empty());
+  EXPECT_EQ(WriteEditorRecord(record).status, WriteStatus::FolderFailed);
+  RemoveEditorRecord(record.pid);
+  EXPECT_TRUE(std::filesystem::exists(elsewhere / "1.json"));
 }
 
 TEST(FilesPosixTest, ListingTheRegistryPassesOverWhateverStandsThere) {
@@ -68,16 +126,6 @@ TEST(FilesPosixTest, ListingTheRegistryPassesOverWhateverStandsThere) {
   EXPECT_EQ(ListEditorRecords().size(), 1U);  // Process 1, whoever asks.
   const std::filesystem::directory_iterator entries(home.Editors());
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 4);
-}
-
-TEST(ProcessPosixTest, AZombieIsNotRunning) {
-  const pid_t child = fork();
-  if (child == 0) _exit(0);
-  siginfo_t info = {};
-  ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT), 0);
-  EXPECT_FALSE(ProcessAlive(static_cast<std::uint64_t>(child)));
-  waitpid(child, nullptr, 0);
-  EXPECT_FALSE(ProcessAlive(static_cast<std::uint64_t>(child)));
 }
 
 }  // namespace

@@ -19,6 +19,7 @@
 
 #include "core/local_pipe/client.h"
 #include "core/local_pipe/server.h"
+#include "core/platform/files.h"
 
 namespace zorvik::core {
 namespace {
@@ -118,6 +119,28 @@ TEST_F(PipesPosixTest, TrustsOnlyAPrivateFolderOfTheSameUser) {
   ExpectServing();
   EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700));
   EXPECT_EQ(fs::status(socket_file).permissions(), fs::perms(0600));
+}
+
+TEST_F(PipesPosixTest, StandsInTheSessionsFolderIfThatIsTheUsersOwn) {
+  const fs::path session = "/run/user/" + std::to_string(user);
+  const struct {
+    mode_t mode;
+    uid_t owner;
+    fs::path place;
+  } kCases[] = {{0700, user, session / "zorvik"}, {0710, user, folder}, {0700, user + 1, folder}};
+  for (const auto& c : kCases) {
+    BecomeRoot();
+    fs::create_directories(session);
+    ASSERT_EQ(chmod(session.c_str(), c.mode) + chown(session.c_str(), c.owner, 0), 0);
+    Become(user);
+    LocalPipeServer here;
+    EXPECT_TRUE(here.Open("nome", error)) << error;
+    EXPECT_TRUE(fs::exists(c.place / "nome.sock")) << c.place;
+    EXPECT_EQ(fs::status(c.place).permissions(), fs::perms(0700));
+    EXPECT_EQ(platform::TemporaryFolder(), c.place);
+  }
+  BecomeRoot();
+  fs::remove_all(session);
 }
 
 TEST_F(PipesPosixTest, ANameIsFreeHoweverItsServerDiedAndALeavingOneSparesTheNext) {
