@@ -42,6 +42,7 @@ async function webPage({ start, server, home, record, place, screenshot }) {
     await click('::-p-xpath(//label[.="Tools"])');
     const title = await page.waitForSelector('::-p-xpath(//*[starts-with(text(), "Tools (")])');
     record.tools = Number(/\d+/.exec(await title.evaluate((e) => e.textContent)));
+    let shown;
     while (record.results < record.steps.length) {
       const { tool, args } = nextCall(record);
       await click(`::-p-xpath(//button[.//*[text()="${tool}"]])`);
@@ -51,7 +52,7 @@ async function webPage({ start, server, home, record, place, screenshot }) {
         await editor.evaluate((e, text) => e.env.editor.setValue(text), JSON.stringify(args));
       }
       await click('::-p-xpath(//button[.="Execute Tool"])');
-      const shown = await waitForResult(page, tool === 'inspect_capture');
+      shown = await waitForResult(page, shown?.document, tool === 'inspect_capture');
       checkResult(record, JSON.stringify(JSON.parse(shown.document)), shown.pictures);
       if (tool === 'inspect_capture') await page.screenshot({ path: screenshot });
     }
@@ -61,18 +62,16 @@ async function webPage({ start, server, home, record, place, screenshot }) {
   }
 }
 
-async function waitForResult(page, picture) {
-  const handle = await page.waitForFunction(
-    (wanted) => {
-      const editor = document.querySelector('.json-editor-readonly');
-      const pictures = [...document.images].map(({ src }) => src).filter((src) => /^data/.test(src));
-      if (!editor?.env || (wanted && !pictures.length)) return undefined;
-      return { document: editor.env.editor.getValue(), pictures: pictures.join() };
-    },
-    {},
-    picture,
-  );
-  return handle.jsonValue();
+// What the page shows of a result: not the arguments, nor the result before.
+async function waitForResult(page, before, picture) {
+  const look = (previous, wanted) => {
+    const document = window.document.querySelector('.json-editor-readonly')?.env?.editor.getValue();
+    const sources = [...window.document.images].map(({ src }) => src);
+    const pictures = sources.filter((source) => source.startsWith('data:image/png')).join();
+    if (!document?.includes('"ok":') || document === previous) return undefined;
+    return (!wanted || pictures) && { document, pictures };
+  };
+  return (await page.waitForFunction(look, {}, before, picture)).jsonValue();
 }
 
 export const inspectors = [
@@ -81,7 +80,7 @@ export const inspectors = [
     author: 'inspector-cli',
     drive: (context) => commandLine(context, era),
   })),
-  { name: 'Inspector, web page', author: 'inspector-web', drive: webPage, needs: 'puppeteer-core' },
+  { name: 'Inspector, web page', author: 'mcp-inspector', drive: webPage, needs: 'puppeteer-core' },
 ].map((kind) => ({
   ...kind,
   package: inspectorPackage,
