@@ -165,7 +165,7 @@ for (const client of chosen) {
     record.protocol ?? '',
     record.tools,
     record.calls,
-    client.picture ?? 'yes',
+    passed ? (client.picture ?? 'yes') : '',
     passed ? 'pass' : 'FAIL',
   ];
   console.log(`${row.join(' · ')} (${record.seconds} s)${passed ? '' : `\n${record.problems.join('\n')}`}`);
