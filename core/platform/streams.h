@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace zorvik::core::platform {
 
@@ -11,6 +12,10 @@ namespace zorvik::core::platform {
 // its line feeds as they are, and a write to a stream that nobody reads any more fails instead of
 // ending the process.
 void PrepareStandardStreams();
+
+// Writes a line with its line feed to standard error, or as much of it as is taken. POSIX never
+// waits for a reader: what doesn't fit is dropped. Windows can't tell, and waits.
+void WriteStandardError(std::string_view line);
 
 // A byte stream that is read without buffering. The object is a borrowed handle: it neither opens
 // nor closes anything and may be copied.
