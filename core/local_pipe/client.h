@@ -38,9 +38,9 @@ class LocalPipeClient {
   bool Send(std::string line, std::string& error);
 
   // Goes on writing, and appends the complete lines that have arrived to `lines` without waiting.
-  // Takes about 4 MiB at most; what a fast peer writes beyond that is left to the next call.
-  // On false, with a message in `error`, `lines` may still hold lines that came before the failure,
-  // and the caller must handle them.
+  // Takes about 4 MiB or 262,144 lines at most; what a fast peer writes beyond that is left to the
+  // next call. On false, with a message in `error`, `lines` may still hold lines that came before
+  // the failure, and the caller must handle them.
   bool Receive(Lines& lines, std::string& error);
 
  private:

@@ -44,8 +44,7 @@ TEST_F(MemoryTest, LongAnswersCostLittleMoreThanTheirText) {
   EXPECT_GT(client.process.ReadLine().value_or("").size(), 50'000'000U);
 
   std::string batch;
-  for (int i = 0; i < 400; ++i)
-    batch += R"(,{"jsonrpc":"2.0","id":7,"method":"tools/list"})";
+  for (int i = 0; i < 400; ++i) batch += R"(,{"jsonrpc":"2.0","id":7,"method":"tools/list"})";
   client.Line("[" + batch.substr(1) + "]");
   EXPECT_GT(client.process.ReadLine().value_or("").size(), 40'000'000U);
 }

@@ -183,7 +183,7 @@ TEST_F(PipesPosixTest, AnUrgentByteIsWaitedForByNobody) {
   EXPECT_TRUE(client.Receive(lines, error)) << error;
   EXPECT_EQ(send(peer, "um\n", 3, 0), 3);
   EXPECT_TRUE(client.Receive(lines, error)) << error;
-  EXPECT_EQ(lines.back(), "um");
+  EXPECT_EQ(lines, Lines{"um"});
   close(peer);
   close(host);
 }
