@@ -30,18 +30,16 @@ struct Image {
   std::string mime;
 };
 
-// Takes the image out of an element. What stays is what the structured result shows.
+// Takes the image out of an object. What stays is what the structured result shows.
 Image TakeImage(Json& element) {
   Image image;
   Json cleaned = Json::Object();
-  if (element.kind == Json::Kind::Object) {
-    cleaned.fields.reserve(element.fields.size());
-    for (auto& [key, value] : element.fields)
-      if (key == "data_base64")
-        image.data = std::move(value);
-      else
-        cleaned.fields.emplace_back(std::move(key), std::move(value));
-  }
+  cleaned.fields.reserve(element.fields.size());
+  for (auto& [key, value] : element.fields)
+    if (key == "data_base64")
+      image.data = std::move(value);
+    else
+      cleaned.fields.emplace_back(std::move(key), std::move(value));
   image.mime = cleaned.At("mime").TextOr(kUsualMime);
   element = std::move(cleaned);
   return image;
@@ -54,8 +52,13 @@ std::vector<Image> TakeImages(Json& document, std::size_t& count) {
   Json* elements = document.Find("images");
   if (elements == nullptr || elements->kind != Json::Kind::Array) return images;
   for (Json& element : elements->items) {
+    const std::size_t index = count++;
+    if (element.kind != Json::Kind::Object) {
+      element = Json::Object();
+      continue;
+    }
     Image image = TakeImage(element);
-    image.index = count++;
+    image.index = index;
     if (image.data.kind != Json::Kind::Null || image.mime != kUsualMime)
       images.push_back(std::move(image));
   }
