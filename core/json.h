@@ -114,5 +114,7 @@ bool ParseJson(std::string_view text, Json& out, std::string& error);
 // The compact text of a value: no white space, no line feed. Whole numbers are written as integers,
 // others with 17 significant digits, and NaN and the infinities as 0.
 std::string WriteJson(const Json& value);
+// Appends that text to `text`.
+void AppendJson(const Json& value, std::string& text);
 
 }  // namespace zorvik::core

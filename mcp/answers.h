@@ -24,9 +24,10 @@ struct Era {
   bool Oldest() const { return !stateless && version == "2025-03-26"; }
 };
 
-// The two messages that answer a request. Null `data` is left out.
-core::Json Response(const core::Json& id, core::Json result);
-core::Json Failure(const core::Json& id, int code, std::string message, core::Json data = {});
+// The texts of the two messages that answer a request. Null `data` is left out. Answers are texts
+// from the start, since as documents they would take many times the memory.
+std::string Response(const core::Json& id, core::Json result);
+std::string Failure(const core::Json& id, int code, std::string message, core::Json data = {});
 
 // The result, with what its era adds to all results.
 core::Json Result(const Era& era, core::Json result);
@@ -42,10 +43,8 @@ core::Json ToolError(std::string code, std::string message, std::string hint,
 // The document for an editor's reply. The members of its `result` follow `ok` and `revision`,
 // and may replace them.
 core::Json ToolDocument(core::Json reply);
-// The result of a tool call: the document as text, its images as content blocks, and, in all but
-// the oldest version, the document itself.
-core::Json ToolResult(const Era& era, core::Json document);
-// The whole answer of a tool call, from its document.
-core::Json ToolAnswer(const core::Json& id, const Era& era, core::Json document);
+// The whole answer of a tool call, from its document. The result holds the document as text, its
+// images as content blocks, and, in all but the oldest version, the document itself.
+std::string ToolAnswer(const core::Json& id, const Era& era, core::Json document);
 
 }  // namespace zorvik::mcp

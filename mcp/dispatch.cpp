@@ -12,7 +12,6 @@
 namespace zorvik::mcp {
 
 using core::Json;
-using core::WriteJson;
 
 namespace {
 
@@ -30,37 +29,41 @@ void Server::Receive(std::string_view line) {
   std::string error;
   if (!core::ParseJson(line, document, error)) {
     Log("mensagem invalida: " + error);
-    send(WriteJson(Failure(core::Nothing, kParseError, "Parse error: " + error)));
+    send(Failure(core::Nothing, kParseError, "Parse error: " + error));
     return;
   }
   if (document.kind != Json::Kind::Array) {
-    const Json answer = Handle(std::move(document));
-    if (answer.kind != Json::Kind::Null) send(WriteJson(answer));
+    std::string answer = Handle(std::move(document));
+    if (!answer.empty()) send(std::move(answer));
     return;
   }
   if (document.items.empty()) {
-    send(WriteJson(Failure(core::Nothing, kInvalidRequest, "Invalid Request: lote vazio")));
+    send(Failure(core::Nothing, kInvalidRequest, "Invalid Request: lote vazio"));
     return;
   }
-  Json answers = Json::Array();
+  std::string answers;
   for (Json& message : document.items) {
-    Json answer = Handle(std::move(message));
-    if (answer.kind != Json::Kind::Null) answers.Add(std::move(answer));
+    const std::string answer = Handle(std::move(message));
+    if (answer.empty()) continue;
+    answers += answers.empty() ? '[' : ',';
+    answers += answer;
   }
-  if (!answers.items.empty()) send(WriteJson(answers));
+  if (answers.empty()) return;
+  answers += ']';
+  send(std::move(answers));
 }
 
-Json Server::Handle(Json message) {
+std::string Server::Handle(Json message) {
   const Json& version = message.At("jsonrpc");
   if (version.kind != Json::Kind::Text || version.text != "2.0")
     return Failure(core::Nothing, kInvalidRequest,
                    "Invalid Request: esperava um objeto JSON-RPC 2.0");
   // Without a method it is a response. The server never asks anything, so nothing waits for it.
   const Json& method = message.At("method");
-  if (method.kind != Json::Kind::Text) return Json();
+  if (method.kind != Json::Kind::Text) return {};
   if (!message.Has("id")) {
     if (method.text == "notifications/cancelled") Cancel(message.At("params"));
-    return Json();
+    return {};
   }
   const Json& id = message.At("id");
   if (id.kind != Json::Kind::Text && !id.IsInteger())
@@ -71,9 +74,9 @@ Json Server::Handle(Json message) {
   return HandleRequest(id, method.text, std::move(params));
 }
 
-Json Server::HandleRequest(const Json& id, const std::string& method, Json params) {
+std::string Server::HandleRequest(const Json& id, const std::string& method, Json params) {
   if (method == "initialize") return Initialize(id, params);
-  Json failure;
+  std::string failure;
   const std::optional<Era> era = EraOf(id, params, legacy_version, failure);
   if (!era) return failure;
   const Json& client = params.At("_meta").At("io.modelcontextprotocol/clientInfo");
@@ -88,7 +91,7 @@ Json Server::HandleRequest(const Json& id, const std::string& method, Json param
   return Failure(id, kMethodNotFound, "Method not found: " + method);
 }
 
-Json Server::Initialize(const Json& id, const Json& params) {
+std::string Server::Initialize(const Json& id, const Json& params) {
   const std::string requested = params.At("protocolVersion").TextOr("");
   legacy_version = SettledVersion(requested);
   client_label = ClientLabel(params.At("clientInfo"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,9 +29,10 @@ class EditorGateway {
   // when it won't reach the editor.
   virtual bool Send(const core::EditorRecord& editor, const core::Json& request,
                     std::string& error) = 0;
-  // Appends what has arrived to `replies`, and the id of each editor whose connection has just
-  // ended to `lost`; an id may come twice. Never waits.
-  virtual void Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) = 0;
+  // Hands over what has arrived, one by one, since all of it together may be a multiple of what
+  // it was as text. Appends the id of each editor whose connection has just ended to `lost`; an id
+  // may come twice. Never waits.
+  virtual void Poll(const std::function<void(Reply)>& receive, std::vector<std::string>& lost) = 0;
 };
 
 }  // namespace zorvik::mcp

@@ -26,7 +26,7 @@ std::string SettledVersion(const std::string& requested) {
 }
 
 std::optional<Era> EraOf(const Json& id, const Json& params,
-                         const std::optional<std::string>& legacy_version, Json& failure) {
+                         const std::optional<std::string>& legacy_version, std::string& failure) {
   const Json& meta = params.At("_meta");
   const Json& asked = meta.At("io.modelcontextprotocol/protocolVersion");
   if (asked.kind == Json::Kind::Text) {

@@ -15,6 +15,6 @@ std::string SettledVersion(const std::string& requested);
 // The era of a request other than `initialize`, whose last call settled `legacy_version`. Nothing,
 // with the ready answer in `failure`, when the request can't be served.
 std::optional<Era> EraOf(const core::Json& id, const core::Json& params,
-                         const std::optional<std::string>& legacy_version, core::Json& failure);
+                         const std::optional<std::string>& legacy_version, std::string& failure);
 
 }  // namespace zorvik::mcp

@@ -14,8 +14,9 @@ class LogFile {
   // line.
   explicit LogFile(std::filesystem::path file);
 
+  // Control characters (below 0x20, and 0x7F) are written as `\xNN`, so a line stays one line.
   // Never fails: a line that couldn't be written to the file goes into it with the next one.
-  void Line(const std::string& line);
+  void Line(const std::string& raw);
 
  private:
   std::filesystem::path path;

@@ -37,7 +37,7 @@ bool PipeGateway::Send(const EditorRecord& editor, const Json& request, std::str
   return link->client.Send(core::WriteJson(request), error);
 }
 
-void PipeGateway::Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) {
+void PipeGateway::Poll(const std::function<void(Reply)>& receive, std::vector<std::string>& lost) {
   for (auto& [editor, link] : links) {
     if (!link->client.Connected()) continue;
     core::Lines lines;
@@ -50,7 +50,7 @@ void PipeGateway::Poll(std::vector<Reply>& replies, std::vector<std::string>& lo
       std::string().swap(line);
       if (!valid) continue;
       if (message.At("id").IntOr(-1) != 0) {
-        replies.push_back(Reply{editor, std::move(message)});
+        receive(Reply{editor, std::move(message)});
       } else if (!message.At("ok").BoolOr(false)) {
         link->client.Close();
         lost.push_back(editor);

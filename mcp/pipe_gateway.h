@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -19,7 +20,7 @@ class PipeGateway : public EditorGateway {
   std::vector<core::EditorRecord> List() override;
   bool Send(const core::EditorRecord& editor, const core::Json& request,
             std::string& error) override;
-  void Poll(std::vector<Reply>& replies, std::vector<std::string>& lost) override;
+  void Poll(const std::function<void(Reply)>& receive, std::vector<std::string>& lost) override;
   // Lets what comes from the editors end a pause.
   void AddTo(core::platform::WaitSources& sources) const;
 

@@ -6,8 +6,10 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/json.h"
@@ -54,11 +56,13 @@ class Server {
     Clock::time_point deadline;
   };
 
-  // All of these return the answer, or a null Json when there is nothing to send now.
-  core::Json Handle(core::Json message);
-  core::Json HandleRequest(const core::Json& id, const std::string& method, core::Json params);
-  core::Json Initialize(const core::Json& id, const core::Json& params);
-  core::Json CallTool(const core::Json& id, const Era& era, core::Json params);
+  using PendingCalls = std::map<std::uint64_t, Pending>;  // By bridge id.
+
+  // All of these return the answer's text, or an empty one when there is nothing to send now.
+  std::string Handle(core::Json message);
+  std::string HandleRequest(const core::Json& id, const std::string& method, core::Json params);
+  std::string Initialize(const core::Json& id, const core::Json& params);
+  std::string CallTool(const core::Json& id, const Era& era, core::Json params);
 
   // Fills `records` and returns the one among them that the call is for. Null, with a tool document
   // in `error`, when that one isn't open or can't be told.
@@ -69,6 +73,8 @@ class Server {
   void Cancel(const core::Json& params);
   void Finish(const Pending& pending, core::Json message);
   void FinishError(const Pending& pending, core::Json document);
+  // Forgets the call and gives the one behind it.
+  PendingCalls::iterator Remove(PendingCalls::iterator call);
   void Log(const std::string& text);
 
   std::int64_t deadline_ms = 120000;
@@ -77,7 +83,9 @@ class Server {
   Logger log;
   Now now;
   std::optional<std::string> legacy_version;
-  std::map<std::uint64_t, Pending> pending;  // By bridge id.
+  PendingCalls pending;
+  // The same calls as the text of the client's id and the bridge id, for cancelling.
+  std::set<std::pair<std::string, std::uint64_t>> by_client_id;
   std::uint64_t next_id = 1;
   std::string client_label;
 };

@@ -35,7 +35,7 @@ Json TakeForwarded(Json& arguments) {
 
 }  // namespace
 
-Json Server::CallTool(const Json& id, const Era& era, Json params) {
+std::string Server::CallTool(const Json& id, const Era& era, Json params) {
   const std::string name = params.At("name").TextOr("");
   const authoring::ToolSpec* tool = authoring::FindTool(name);
   if (tool == nullptr) return Failure(id, kInvalidParams, "Unknown tool: " + name);
@@ -83,8 +83,9 @@ Json Server::CallTool(const Json& id, const Era& era, Json params) {
   call.bridge_id = bridge_id;
   call.started = now();
   call.deadline = call.started + std::chrono::milliseconds(deadline_ms);
+  by_client_id.emplace(core::WriteJson(id), bridge_id);
   pending.emplace(bridge_id, std::move(call));
-  return Json();
+  return {};
 }
 
 const EditorRecord* Server::Target(const Json& arguments, std::vector<EditorRecord>& records,

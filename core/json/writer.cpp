@@ -248,11 +248,15 @@ void Write(const Json& value, TextOutput& out) {
 
 }  // namespace
 
-std::string WriteJson(const Json& value) {
-  std::string buffer = TakeSpareText();
-  TextOutput out(buffer);
+void AppendJson(const Json& value, std::string& text) {
+  TextOutput out(text);
   Write(value, out);
   out.Flush();
+}
+
+std::string WriteJson(const Json& value) {
+  std::string buffer = TakeSpareText();
+  AppendJson(value, buffer);
   if (buffer.size() >= kBigText) return buffer;
   std::string text;
   text.reserve(buffer.size() + 1);  // For the line feed that mostly follows.

@@ -19,6 +19,11 @@ constexpr std::uint64_t kWriteStallMs = 30'000;
 constexpr std::uint64_t kBusyWaitMs = 1'000;
 constexpr std::uint32_t kReadWaitMs = 5'000;
 constexpr std::size_t kReadLimit = 1'048'576;
+// More than a pipe holds, so that what is there at the call comes out. An editor that never stops
+// writing must not fill the memory, nor keep the thread from everybody else, and the shorter its
+// lines are, the more work they make.
+constexpr std::size_t kBytesPerReceive = 4'194'304;
+constexpr std::size_t kLinesPerReceive = 262'144;
 
 constexpr const char* kNotConnected = "sem conexao com o editor";
 constexpr const char* kConnectionLost = "a conexao com o editor caiu";
@@ -99,7 +104,9 @@ bool LocalPipeClient::Receive(Lines& lines, std::string& error) {
   }
   if (!impl->outgoing.Pump(impl->end))
     return impl->Fail("o editor parou de ler o que foi mandado", error);
-  while (true) {
+  const std::size_t before = lines.size();
+  std::size_t taken = 0;
+  while (taken < kBytesPerReceive && lines.size() - before < kLinesPerReceive) {
     std::size_t available = 0;
     if (!impl->end.Peek(available)) return impl->Fail(kConnectionLost, error);
     if (available == 0) return true;
@@ -109,10 +116,12 @@ bool LocalPipeClient::Receive(Lines& lines, std::string& error) {
     std::string_view bytes;
     if (impl->end.FinishRead(bytes, kReadWaitMs) != platform::Progress::Done)
       return impl->Fail("leitura do editor sem resposta", error);
+    taken += bytes.size();
     impl->incoming.Append(bytes);
     if (!TakeLines(impl->incoming, lines))
       return impl->Fail("o editor mandou uma linha grande demais", error);
   }
+  return true;
 }
 
 void LocalPipeClient::AddTo(platform::WaitSources& sources) const {

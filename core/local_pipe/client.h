@@ -34,12 +34,14 @@ class LocalPipeClient {
 
   // Queues `line` (without its line feed) and writes what the pipe takes without waiting. True
   // doesn't mean that the peer has it. False, with a message in `error`, when not connected, when
-  // the connection fails, or when a write has made no headway for 30,000 ms.
+  // the connection fails, or when a write has been in flight for 30,000 ms. POSIX takes a line in
+  // pieces, each a write with that time of its own; Windows has to get all of a line through in it.
   bool Send(std::string line, std::string& error);
 
-  // Goes on writing, and appends every complete line that has arrived to `lines` without waiting.
-  // On false, with a message in `error`, `lines` may still hold lines that came before the failure,
-  // and the caller must handle them.
+  // Goes on writing, and appends the complete lines that have arrived to `lines` without waiting.
+  // Takes about 4 MiB or 262,144 lines at most; what a fast peer writes beyond that is left to the
+  // next call. On false, with a message in `error`, `lines` may still hold lines that came before
+  // the failure, and the caller must handle them.
   bool Receive(Lines& lines, std::string& error);
 
   // Lets what comes from the peer end a pause.

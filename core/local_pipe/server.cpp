@@ -23,8 +23,10 @@ struct Instance {
   Instance() = default;
   Instance(const Instance&) = delete;
   Instance& operator=(const Instance&) = delete;
+  ~Instance() { CutOff(); }
+
   // A dropped client may still read what was written for it; any other is cut off.
-  ~Instance() {
+  void CutOff() {
     if (connected && !dropped) end.Disconnect();
   }
 
@@ -76,6 +78,9 @@ struct LocalPipeServer::Impl {
   std::string name;
   platform::PipeService service;
   std::vector<std::unique_ptr<Instance>> instances;
+  // Those that have ended and still hold the name, which on Windows exists only as long as an
+  // instance does: clients would take the editor for gone, and a stranger could take the name.
+  std::vector<std::unique_ptr<Instance>> ended;
   std::int32_t limit = 4;
   std::int32_t next_id = 1;
   bool open = false;
@@ -118,6 +123,7 @@ void LocalPipeServer::Impl::TopUp() {
 
 void LocalPipeServer::Impl::Close() {
   instances.clear();
+  ended.clear();
   service.Release();
   open = false;
 }
@@ -170,12 +176,16 @@ void LocalPipeServer::Poll(std::vector<Message>& messages, std::vector<std::int3
     if (well && instance.connected)
       well = ReadStage(instance, messages) && instance.outgoing.Pump(instance.end);
     if (!well && instance.connected) closed.push_back(instance.id);
-    if (!well || (instance.dropped && instance.outgoing.Idle()))
+    if (!well || (instance.dropped && instance.outgoing.Idle())) {
+      instance.CutOff();
+      impl->ended.push_back(std::move(impl->instances[index]));
       impl->instances.erase(impl->instances.begin() + static_cast<std::ptrdiff_t>(index));
-    else
+    } else {
       ++index;
+    }
   }
   impl->TopUp();
+  if (!impl->instances.empty()) impl->ended.clear();
 }
 
 bool LocalPipeServer::Send(std::int32_t connection, std::string line) {

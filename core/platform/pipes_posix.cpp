@@ -5,11 +5,16 @@
 // An instance is a listening socket of its own with room for one client that hasn't been accepted
 // yet. It is closed as soon as that client is accepted; until the next one is made, the lock tells
 // a client that the name is busy and not gone.
+//
+// Servers that were killed leave their two files behind. Whoever claims a name removes those of
+// all names whose lock nobody holds. The folder is locked as a whole, with the kind of lock that
+// cleaners of /tmp respect, or an editor that runs for weeks would lose its files to them.
 
 #include "core/platform/pipes.h"
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -20,10 +25,13 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 #include <thread>
 #include <utility>
 
 #include "core/platform/error_codes.h"
+#include "core/platform/pipe_names.h"
 #include "core/platform/posix.h"
 #include "core/platform/private_folder_posix.h"
 
@@ -36,6 +44,9 @@ constexpr int kSendBuffer = 1'048'576;
 constexpr std::uint32_t kBusyPauseMs = 10;
 // Each attempt can be spoilt only by another server that leaves at that moment.
 constexpr int kClaimAttempts = 100;
+// A lock that is held may be in the hands of somebody who removes it, which takes no time.
+constexpr int kHeldAttempts = 5;
+constexpr std::chrono::milliseconds kHeldPause(2);
 
 std::uint32_t ErrorCode(int error) {
   switch (error) {
@@ -71,8 +82,8 @@ struct Place {
 };
 
 std::uint32_t FindPlace(const std::string& name, Place& place) {
-  if (name.empty() || name.find('/') != std::string::npos || name.find('\0') != std::string::npos)
-    return kInvalidName;
+  if (name.empty() || !IsBarePipeName(name)) return kInvalidName;
+  place = {};  // What a longer name left in the address would lead elsewhere.
   place.folder = PrivateFolder();
   place.socket = place.folder + "/" + name + ".sock";
   place.lock = place.folder + "/" + name + ".lock";
@@ -119,20 +130,59 @@ bool IsAt(const Descriptor& file, const std::string& path) {
          opened.st_dev == present.st_dev && opened.st_ino == present.st_ino;
 }
 
+bool TakeLock(const Descriptor& file) {
+  struct flock lock = WholeFile();
+  return RetryOnInterrupt([&] { return fcntl(file.Get(), F_OFD_SETLK, &lock); }) == 0;
+}
+
+Descriptor OpenLock(const std::string& path, int more_flags = 0) {
+  return Descriptor(RetryOnInterrupt([&] {
+    return open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | more_flags, 0600);
+  }));
+}
+
+// Both files go before the lock, and only if they are still those of its holder.
+void RemoveFiles(const Descriptor& lock, const std::string& lock_path,
+                 const std::string& socket_path) {
+  if (!lock.Valid() || !IsAt(lock, lock_path)) return;
+  unlink(socket_path.c_str());
+  unlink(lock_path.c_str());
+}
+
+// Removes what servers that were killed have left in the folder.
+void Sweep(const std::string& folder) {
+  std::error_code failure;
+  std::filesystem::directory_iterator entry(folder, failure);
+  for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+    std::filesystem::path path = entry->path();
+    if (path.extension() != ".lock") continue;
+    const Descriptor file = OpenLock(path);
+    const std::string lock_path = path;
+    if (file.Valid() && TakeLock(file))
+      RemoveFiles(file, lock_path, path.replace_extension(".sock"));
+  }
+}
+
 // Takes the lock of a name. The lock belongs to the open file and not to the process: it doesn't go
 // when some other descriptor of the same file is closed, and it also holds between two servers in
 // one process.
-std::uint32_t Claim(const Place& place, Descriptor& claim) {
+std::uint32_t Claim(const Place& place, Descriptor& claim, Descriptor& folder) {
   if (MakePrivateFolder(place.folder.c_str()) == -1 && errno != EEXIST) return ErrorCode(errno);
   if (const std::uint32_t code = CheckFolder(place.folder); code != kNoError) return code;
+  // A system without such locks has no such cleaners, so a failure is nobody's loss.
+  folder = Descriptor(open(place.folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder.Valid()) flock(folder.Get(), LOCK_SH | LOCK_NB);
+  Sweep(place.folder);
+  int held = 0;
   for (int attempt = 0; attempt < kClaimAttempts; ++attempt) {
-    Descriptor file(RetryOnInterrupt([&] {
-      return open(place.lock.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
-    }));
+    Descriptor file = OpenLock(place.lock, O_CREAT);
     if (!file.Valid()) return ErrorCode(errno);
-    struct flock lock = WholeFile();
-    if (RetryOnInterrupt([&] { return fcntl(file.Get(), F_OFD_SETLK, &lock); }) == -1)
-      return errno == EAGAIN ? kAccessDenied : ErrorCode(errno);
+    if (!TakeLock(file)) {
+      if (errno != EAGAIN) return ErrorCode(errno);
+      if (++held == kHeldAttempts) return kAccessDenied;
+      std::this_thread::sleep_for(kHeldPause);
+      continue;
+    }
     // A server that leaves removes its file, perhaps between our opening and locking of it.
     if (IsAt(file, place.lock)) {
       fchmod(file.Get(), 0600);  // Under a strict umask nobody could ask for the lock.
@@ -191,17 +241,16 @@ void PipeEnd::AddTo(WaitSources& sources) const {
 }
 
 bool PipeEnd::Peek(std::size_t& available) {
+  // Only a read tells the end of the stream from nothing there. An urgent byte, which no read ever
+  // brings, is counted by FIONREAD, so what that says alone isn't enough either.
+  available = 0;
+  char byte = 0;
+  const ssize_t peeked = RetryOnInterrupt(
+      [&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
+  if (peeked == -1) return errno == EAGAIN;
   int count = 0;
-  if (ioctl(native->socket.Get(), FIONREAD, &count) == -1) return false;
-  if (count == 0) {
-    // Nothing there, or the end of the stream: only a read tells.
-    char byte = 0;
-    const ssize_t peeked = RetryOnInterrupt(
-        [&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
-    if (peeked == 0 || (peeked == -1 && errno != EAGAIN)) return false;
-    count = std::max(0, static_cast<int>(peeked));
-  }
-  available = static_cast<std::size_t>(count);
+  if (peeked == 0 || ioctl(native->socket.Get(), FIONREAD, &count) == -1) return false;
+  available = static_cast<std::size_t>(std::max(count, 1));
   return true;
 }
 
@@ -301,6 +350,7 @@ void WaitForInstance(const std::string& /*name*/, std::uint32_t wait_ms) {
 struct PipeService::Native {
   Place place;
   Descriptor claim;
+  Descriptor folder;
 };
 
 PipeService::PipeService() : native(std::make_unique<Native>()) {}
@@ -318,7 +368,8 @@ std::uint32_t PipeService::Create(const std::string& name, bool first, int /*max
   if (first) {
     Release();
     if (const std::uint32_t code = FindPlace(name, native->place); code != kNoError) return code;
-    if (const std::uint32_t code = Claim(native->place, native->claim); code != kNoError)
+    if (const std::uint32_t code = Claim(native->place, native->claim, native->folder);
+        code != kNoError)
       return code;
   }
   const char* path = native->place.address.sun_path;
@@ -338,12 +389,9 @@ std::uint32_t PipeService::Listen(PipeEnd& /*end*/, bool& connected) {
 }
 
 void PipeService::Release() {
-  // Both files go before the lock, and only if they are still ours.
-  if (native->claim.Valid() && IsAt(native->claim, native->place.lock)) {
-    unlink(native->place.socket.c_str());
-    unlink(native->place.lock.c_str());
-  }
+  RemoveFiles(native->claim, native->place.lock, native->place.socket);
   native->claim.Reset();
+  native->folder.Reset();
 }
 
 }  // namespace zorvik::core::platform

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/platform/error_codes.h"
+#include "core/platform/pipe_names.h"
 #include "core/platform/windows.h"
 
 namespace zorvik::core::platform {
@@ -62,11 +63,6 @@ struct Operation {
 
 std::wstring PipePath(const std::string& name) {
   return L"\\\\.\\pipe\\" + WideText(name);
-}
-
-// A zero byte would cut the path short and so lead to another pipe.
-bool IsUsable(const std::string& name) {
-  return name.find('\0') == std::string::npos;
 }
 
 // The security identifier of this process's user as text; empty when it can't be told.
@@ -182,7 +178,7 @@ void PipeEnd::Close() {
 
 std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
   end.Close();
-  if (!IsUsable(name)) return kInvalidName;
+  if (!IsBarePipeName(name)) return kInvalidName;
   const std::wstring path = PipePath(name);  // Kept past the call, lest freeing it lose the error.
   end.native->file = Handle(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                         OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
@@ -220,7 +216,7 @@ bool PipeService::Prepare() {
 std::uint32_t PipeService::Create(const std::string& name, bool first, int max_instances,
                                   PipeEnd& end) {
   end.Close();
-  if (!IsUsable(name)) return kInvalidName;
+  if (!IsBarePipeName(name)) return kInvalidName;
   SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), native->descriptor, FALSE};
   end.native->accept = std::make_unique<Operation>();
   const std::wstring path = PipePath(name);  // As in OpenPipe.

@@ -4,10 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <mutex>
 #include <optional>
 #include <set>
+
+#include "core/platform/streams.h"
 
 namespace zorvik::core::platform {
 namespace {
@@ -17,9 +18,7 @@ void TellRefusal(const std::string& folder, const std::string& reason) {
   static std::set<std::string> told;
   const std::lock_guard lock(mutex);
   if (!told.insert(folder).second) return;
-  const std::string line = "zorvik: pasta recusada: " + folder + ": " + reason + ".\n";
-  std::fwrite(line.data(), 1, line.size(), stderr);
-  std::fflush(stderr);
+  WriteStandardError("zorvik: pasta recusada: " + folder + ": " + reason + ".\n");
 }
 
 // Why the folder isn't the user's alone, if it isn't.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "core/platform/wait.h"
 
@@ -13,6 +14,10 @@ namespace zorvik::core::platform {
 // its line feeds as they are, and a write to a stream that nobody reads any more, or to a file that
 // has reached the system's limit, fails instead of ending the process.
 void PrepareStandardStreams();
+
+// Writes a line with its line feed to standard error, or as much of it as is taken. POSIX never
+// waits for a reader: what doesn't fit is dropped. Windows can't tell, and waits.
+void WriteStandardError(std::string_view line);
 
 // A byte stream that is read without buffering. The object is a borrowed handle: it neither opens
 // nor closes anything and may be copied.

@@ -7,7 +7,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 
 #include "core/platform/posix.h"
@@ -40,10 +43,16 @@ short PollEvents(int fd, short events, int timeout_ms) {
   return entry.revents;
 }
 
-bool SocketEnded(int fd) {
+// As InputStream::Peek. Only a read tells the end from nothing there, and QueuedBytes counts an
+// urgent byte too, for which a read would wait for ever.
+bool PeekSocket(int fd, std::size_t& available) {
+  available = 0;
   char byte = 0;
   const ssize_t got = RetryOnInterrupt([&] { return recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
-  return got == 0 || (got < 0 && errno != EAGAIN && errno != EWOULDBLOCK);
+  if (got < 0) return errno == EAGAIN || errno == EWOULDBLOCK;
+  if (got == 0 || !QueuedBytes(fd, available)) return false;
+  available = std::max<std::size_t>(available, 1);
+  return true;
 }
 
 // Whether the call that failed just now is worth repeating: it was interrupted, or the descriptor
@@ -59,14 +68,28 @@ bool WaitToRetry(int fd, short events) {
 void PrepareStandardStreams() {
   // A placeholder of the wrong direction keeps the number of a missing stream occupied, and each
   // use of it fails as it would on the missing stream.
+  // An end of a pipe is one that needs no file system.
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-    if (fcntl(fd, F_GETFD) != -1) continue;
-    const int placeholder = open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-    if (placeholder > fd) close(placeholder);
+    std::array<int, 2> ends{};
+    if (fcntl(fd, F_GETFD) != -1 || pipe(ends.data()) == -1) continue;
+    // The reading end has the lowest free number, which is `fd`.
+    if (fd == STDIN_FILENO) dup2(ends[1], fd);
+    close(ends[1]);
   }
   std::signal(SIGPIPE, SIG_IGN);
   // A limit on the size of files is then a write that fails, as on a full disk.
   std::signal(SIGXFSZ, SIG_IGN);
+}
+
+void WriteStandardError(std::string_view line) {
+  // A pipe that has room at all takes PIPE_BUF bytes.
+  while (!line.empty() && (PollEvents(STDERR_FILENO, POLLOUT, 0) & POLLOUT) != 0) {
+    const ssize_t taken = RetryOnInterrupt([&] {
+      return write(STDERR_FILENO, line.data(), std::min<std::size_t>(line.size(), PIPE_BUF));
+    });
+    if (taken <= 0) return;
+    line.remove_prefix(static_cast<std::size_t>(taken));
+  }
 }
 
 InputStream InputStream::Standard() {
@@ -87,16 +110,13 @@ bool InputStream::Valid() const {
 
 bool InputStream::Peek(std::size_t& available) const {
   const int fd = static_cast<int>(native);
+  if (FileType(fd) == S_IFSOCK) return PeekSocket(fd, available);
   if (!QueuedBytes(fd, available)) return false;
   if (available > 0) return true;
 
   // Nothing there: because nothing has come yet, or because nothing will. The bytes are counted
   // once more after the question for the end, since the peer may write and go in between.
-  bool ended = false;
-  if (FileType(fd) == S_IFSOCK)
-    ended = SocketEnded(fd);
-  else
-    ended = (PollEvents(fd, POLLIN, 0) & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+  const bool ended = (PollEvents(fd, POLLIN, 0) & (POLLHUP | POLLERR | POLLNVAL)) != 0;
   return QueuedBytes(fd, available) && (available > 0 || !ended);
 }
 

@@ -42,6 +42,11 @@ void PrepareStandardStreams() {
   KeepLineFeeds(stderr);
 }
 
+void WriteStandardError(std::string_view line) {
+  std::fwrite(line.data(), 1, line.size(), stderr);
+  std::fflush(stderr);
+}
+
 InputStream InputStream::Standard() {
   return Borrow(StandardHandle(STD_INPUT_HANDLE));
 }

@@ -1,7 +1,10 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -64,14 +67,23 @@ TEST(FullDiskTest, ALimitOnTheSizeOfFilesCostsNoMore) {
   EXPECT_GT(ReadText(client.LogPath()).size(), 900U);
 }
 
-// Standard error too may lie on a full disk.
+// Standard error too may lie on a full disk, or be a pipe that nobody reads.
 TEST(FullDiskTest, ErrorsThatNobodyCanTakeAreDropped) {
   const TemporaryHome home;
-  ChildProcess server({.program = "zorvik_mcp", .error_file = "/dev/full"});
-  server.Write("no JSON\n");
-  EXPECT_TRUE(server.ReadLine()->find(R"("code":-32700)") != std::string::npos);
-  server.CloseInput();
-  EXPECT_EQ(server.Wait(), 0);
+  const std::string pipe = home.Path() / "erros";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDWR);
+  EXPECT_GT(fcntl(reader, F_SETPIPE_SZ, 4096), 0);
+  for (const std::string& errors : {std::string("/dev/full"), pipe}) {
+    ChildProcess server({.program = "zorvik_mcp", .error_file = errors});
+    for (int i = 0; i < 100; ++i) {
+      server.Write("no JSON\n");
+      EXPECT_TRUE(server.ReadLine()->find(R"("code":-32700)") != std::string::npos);
+    }
+    server.CloseInput();
+    EXPECT_EQ(server.Wait(), 0);
+  }
+  close(reader);
 }
 
 }  // namespace

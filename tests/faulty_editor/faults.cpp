@@ -18,6 +18,10 @@ constexpr int kHangMs = 1000;
 constexpr int kDeathStatus = 9;
 // Longer than a reader takes, by more than it reads at once.
 constexpr std::size_t kHugeLine = 18'000'000;
+// So many that their documents would take many times their text.
+constexpr std::size_t kImages = 1'000'000;
+constexpr std::size_t kFloodBlock = 1'048'576;
+constexpr std::chrono::seconds kFloodTime(1);
 constexpr int kGarbageBlocks = 50;
 constexpr int kGarbageLinesPerBlock = 1000;
 
@@ -42,6 +46,38 @@ void Garbage(FaultyEditor& editor, const Json& request) {
         "isto nao e JSON\n[1, 2, 3]\n{\"ok\": true}\n\n\r\n{\"id\": 987654321, \"ok\": true}\n";
   for (int i = 0; i < kGarbageBlocks; ++i) editor.Write(block);
   editor.Write(editor.SoundAnswer(request));
+}
+
+// Writes the text again and again, as fast as it is taken, before the answer.
+void Flood(FaultyEditor& editor, const Json& request, std::string_view text) {
+  std::string block;
+  while (block.size() < kFloodBlock) block += text;
+  const auto end = std::chrono::steady_clock::now() + kFloodTime;
+  while (std::chrono::steady_clock::now() < end) editor.Write(block);
+  editor.Write(editor.SoundAnswer(request));
+}
+
+void FloodOfObjects(FaultyEditor& editor, const Json& request) {
+  Flood(editor, request, "{}\n");
+}
+
+void FloodOfNumbers(FaultyEditor& editor, const Json& request) {
+  Flood(editor, request, "1\n");
+}
+
+void FloodOfGarbage(FaultyEditor& editor, const Json& request) {
+  Flood(editor, request, "isto nao e JSON\n");
+}
+
+void FloodOfEmptyLines(FaultyEditor& editor, const Json& request) {
+  Flood(editor, request, "\n");
+}
+
+void Images(FaultyEditor& editor, const Json& request) {
+  std::string zeros = "0";
+  for (std::size_t i = 1; i < kImages; ++i) zeros += ",0";
+  editor.Write("{\"id\":" + core::WriteJson(request.At("id")) +
+               R"(,"ok":true,"result":{"images":[)" + zeros + "]}}\n");
 }
 
 void Huge(FaultyEditor& editor, const Json& /*request*/) {
@@ -75,10 +111,19 @@ void Refuse(FaultyEditor& editor, const Json& request) {
 }
 
 const std::map<std::string_view, Fault> kFaults = {
-    {"die", DieAtOnce},   {"die-before-line-feed", DieBeforeLineFeed},
-    {"garbage", Garbage}, {"hang", Hang},
-    {"huge", Huge},       {"late", Late},
-    {"never", Never},     {"refuse", Refuse},
+    {"die", DieAtOnce},
+    {"die-before-line-feed", DieBeforeLineFeed},
+    {"flood-empty-lines", FloodOfEmptyLines},
+    {"flood-garbage", FloodOfGarbage},
+    {"flood-numbers", FloodOfNumbers},
+    {"flood-objects", FloodOfObjects},
+    {"garbage", Garbage},
+    {"hang", Hang},
+    {"huge", Huge},
+    {"images", Images},
+    {"late", Late},
+    {"never", Never},
+    {"refuse", Refuse},
 };
 
 }  // namespace

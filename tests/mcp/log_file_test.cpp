@@ -26,9 +26,9 @@ TEST(LogFileTest, ShrinksToItsLast128KiBWhenItOutgrows256) {
   EXPECT_EQ(cut.substr(cut.size() - 8), " 100% b\n");
   log.Line("c");
   EXPECT_EQ(ReadText(path).size(), 131'072U + kStamp + 2);
-  LogFile({}).Line("x");
+  LogFile({}).Line("x\n\x1B\x7F\r\xC3\xA7");
   EXPECT_TRUE(testing::internal::GetCapturedStderr().ends_with(
-      "aa\n[zorvik_mcp] 100% b\n[zorvik_mcp] c\n[zorvik_mcp] x\n"));
+      "aa\n[zorvik_mcp] 100% b\n[zorvik_mcp] c\n[zorvik_mcp] x\\x0a\\x1b\\x7f\\x0d\xC3\xA7\n"));
 }
 
 }  // namespace

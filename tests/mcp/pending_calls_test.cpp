@@ -114,5 +114,17 @@ TEST_F(PendingCallsTest, CancellationTellsTheEditorAndNeverTheClient) {
                         R"("client":"cliente ","deadline_ms":120000})"}}));
 }
 
+// A walk through all calls for each of these would take minutes.
+TEST_F(PendingCallsTest, CancellingTakesNoLongerWithManyCallsInFlight) {
+  constexpr std::size_t kCalls = 40'000;
+  for (std::size_t i = 0; i < kCalls; ++i) session.Ask(Call(std::to_string(i), "a"));
+  const auto begin = std::chrono::steady_clock::now();
+  for (std::size_t i = kCalls; i > kCalls / 2; --i)
+    session.Ask(R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":)" +
+                std::to_string(i - 1) + "}}");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+  EXPECT_EQ(session.server.PendingCount(), kCalls / 2);
+}
+
 }  // namespace
 }  // namespace zorvik::mcp

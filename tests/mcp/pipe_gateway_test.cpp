@@ -54,11 +54,13 @@ class PipeGatewayTest : public testing::Test {
   }
   // What one poll brings: replies as editor + text, then the lost editors.
   Lines Poll() {
-    std::vector<EditorGateway::Reply> replies;
     Lines lost;
-    gateway.Poll(replies, lost);
     Lines all;
-    for (const auto& reply : replies) all.push_back(reply.editor + core::WriteJson(reply.message));
+    gateway.Poll(
+        [&](const EditorGateway::Reply& reply) {
+          all.push_back(reply.editor + core::WriteJson(reply.message));
+        },
+        lost);
     for (const std::string& editor : lost) all.push_back("lost " + editor);
     return all;
   }

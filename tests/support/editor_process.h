@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "core/editor_registry.h"
+#include "core/local_pipe/server.h"
+#include "core/process.h"
 #include "tests/support/child_process.h"
 
 namespace zorvik::tests {
@@ -40,7 +42,11 @@ class EditorProcess {
   // Waits for an end that a fault brings about, and gives the exit code.
   int Die() {
     expect_success = false;
-    return process.Wait();
+    const int status = process.Wait();
+    // Opening a pipe sweeps away what the dead one left of its own.
+    std::string error;
+    EXPECT_TRUE(core::LocalPipeServer().Open("zorvik-test-" + core::RandomHex(8), error)) << error;
+    return status;
   }
   // Ends it as a crash does, its record left behind.
   void Kill() {

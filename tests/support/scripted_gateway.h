@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,8 +46,8 @@ class ScriptedGateway : public mcp::EditorGateway {
     return true;
   }
 
-  void Poll(std::vector<Reply>& arrived, std::vector<std::string>& ended) override {
-    arrived = std::exchange(replies, {});
+  void Poll(const std::function<void(Reply)>& receive, std::vector<std::string>& ended) override {
+    for (Reply& reply : std::exchange(replies, {})) receive(std::move(reply));
     ended = std::exchange(lost, {});
   }
 };

@@ -76,6 +76,16 @@ TEST_F(LocalPipeTest, NothingMovesUnlessConnected) {
   EXPECT_FALSE(server.Send(1, "um"));
 }
 
+TEST_F(LocalPipeTest, ANameLeadsToNothingButItsOwnPipe) {
+  ASSERT_TRUE(server.Open(name, error));
+  for (const std::string& other : {name + std::string("\0x", 2), "x/../" + name, "..\\" + name}) {
+    EXPECT_FALSE(client.Connect(other, 0, error));
+    EXPECT_EQ(error, "o editor em " + other + " nao aceitou a conexao (erro do Windows 123)");
+    EXPECT_FALSE(LocalPipeServer().Open(other, error));
+    EXPECT_EQ(error, "o pipe " + other + " nao abriu (erro do Windows 123)");
+  }
+}
+
 TEST_F(LocalPipeTest, LinesKeepTheirOrderBothWays) {
   ASSERT_TRUE(server.Open(name, error));
   EXPECT_EQ(server.Name(), name);

@@ -2,12 +2,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <thread>
+#include <tuple>
 
 #include "tests/support/byte_pipe.h"
 
@@ -70,12 +72,26 @@ TEST(StreamsPosixTest, APeerThatGoesWithoutReadingEndsTheInputAfterItsBytes) {
   EXPECT_FALSE(pair.Reader().Peek(count));
 }
 
+TEST(StreamsPosixTest, AnUrgentByteIsNotWaitedFor) {
+  BytePipe pair(BytePipe::Kind::SocketPair);
+  const int writer = static_cast<int>(pair.writer.Get());
+  std::size_t count = 1;
+  if (send(writer, "x", 1, MSG_OOB) != 1) GTEST_SKIP() << "this system has none";
+  EXPECT_TRUE(pair.Reader().Peek(count));
+  EXPECT_EQ(count, 0U);
+  pair.CloseWriter();
+  EXPECT_FALSE(pair.Reader().Peek(count));
+}
+
 // Ends the process with 0 when no file opened later is taken for a missing standard stream.
 [[noreturn]] void RunWithoutStandardStreams() {
   close(STDIN_FILENO);
   close(STDOUT_FILENO);
+  close(STDERR_FILENO);
+  // Root finds no devices from here on.
+  std::ignore = chroot("/proc/self/fdinfo");
   PrepareStandardStreams();
-  const bool kept_apart = open("/dev/null", O_RDWR) > STDERR_FILENO;
+  const bool kept_apart = open("/", O_RDONLY) > STDERR_FILENO;
   const bool missing = !InputStream::Standard().Valid() && !OutputStream::Standard().Valid();
   std::_Exit(kept_apart && missing ? 0 : 1);
 }
