@@ -137,7 +137,7 @@ Verdict Error(Subject& subject) {
   return EachReading(
       subject,
       [](const Reading& reading, const authoring::ToolSpec&) {
-        return Succeeded(reading) || TellsError(reading.answer)
+        return reading.answer.At("ok").BoolOr(true) || TellsError(reading.answer)
                    ? ""
                    : "`error` with the texts `code` and `message`";
       });
@@ -187,13 +187,12 @@ Verdict BadArguments(Subject& subject) {
   if (Verdict fault = connection.Open()) return fault;
   for (const authoring::ToolSpec& tool : authoring::Tools()) {
     if (tool.kind != authoring::ToolKind::Read || tool.local) continue;
-    for (Json& args : Refused(tool.input)) {
-      Exchange exchange;
-      if (Verdict fault = connection.Ask(tool.operation, std::move(args), exchange)) return fault;
-      if (Verdict fault = exchange.Require(exchange.Ok() || TellsError(exchange.answer),
-                                           "`ok` false with an `error`, best `invalid_argument`"))
-        return fault;
-    }
+    std::vector<std::int64_t> ids;
+    for (Json& args : Refused(tool.input))
+      ids.push_back(connection.Begin(tool.operation, std::move(args)));
+    Exchange exchange;
+    for (const std::int64_t id : ids)
+      if (Verdict fault = connection.Await(id, exchange)) return fault;
   }
   return std::nullopt;
 }
@@ -286,8 +285,8 @@ constexpr auto kRules = std::to_array<Rule>({
     {"request.unknown", "An unknown operation is answered with `unsupported`.", "hello.accepted",
      UnknownOperation},
     {"request.arguments",
-     "Arguments that no schema lets pass are answered too, and the editor goes on.",
-     "hello.accepted", BadArguments},
+     "Arguments that no schema lets pass are answered too, and the editor goes on.", "answer.given",
+     BadArguments},
     {"request.many", "Of 200 requests in flight each is answered once.", "hello.accepted",
      InFlight},
     {"request.cancel", "A cancelled request is answered at most once, and the editor goes on.",

@@ -331,14 +331,14 @@ constexpr auto kRules = std::to_array<Rule>({
      "change.create", BaseRevision},
     {"change.conflict",
      "A change of what another client changed after `base_revision` is refused with `conflict`.",
-     "change.create", Conflict},
+     "change.update connection.several", Conflict},
     {"change.batch", "A batch that fails leaves no trace.", "change.create", Batch},
     {"change.revision", "`revision` grows with each change and never shrinks.", "change.create",
      RevisionGrows},
     {"change.clients",
      "Two clients may change at once, and may use the same `request_id` without getting each "
      "other's answer.",
-     "change.create", TwoClients},
+     "change.create connection.several", TwoClients},
 });
 
 }  // namespace

@@ -82,7 +82,6 @@ std::int64_t Connection::Send(Json message, const std::string& secret) {
 }
 
 void Connection::SendLine(std::string line) {
-  last_sent = Shown(line);
   std::string error;
   // Fails for a connection that has ended, whose reason is known already.
   if (!client.Send(std::move(line), error) && end.empty()) end = error;

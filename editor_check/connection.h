@@ -57,7 +57,6 @@ class Connection {
   std::size_t CountAnswers(std::int64_t id) const;
   // Waits for the editor to close the connection. False if it doesn't.
   bool AwaitEnd();
-  const std::string& LastSent() const { return last_sent; }
   // The text as a report shows it: without the token, and not too long.
   std::string Shown(std::string_view text) const;
 
@@ -73,7 +72,6 @@ class Connection {
   std::int64_t next_id = 1;
   std::map<std::int64_t, std::string> sent;
   std::map<std::int64_t, std::vector<std::string>> came;
-  std::string last_sent;
   std::string end;  // Why the connection has ended.
 };
 

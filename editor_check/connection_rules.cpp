@@ -1,6 +1,8 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,6 +24,8 @@ namespace {
 constexpr std::size_t kLongLine = 1'048'576;
 // Such pieces cut characters of three bytes too.
 constexpr std::size_t kPiece = 5;
+constexpr std::size_t kShownBytes = 200;
+constexpr std::uint32_t kBusyWaitMs = 1'000;
 
 Verdict HelloAccepted(Subject& subject) {
   return Connection(subject).Open();
@@ -145,8 +149,13 @@ Verdict LinesCut(Subject& subject) {
     finding.came = std::move(came);
     return finding;
   };
-  if (core::platform::OpenPipe(subject.Text("pipe"), end) != core::platform::kNoError)
-    return fail("the pipe doesn't open");
+  std::uint32_t code = core::platform::kPipeBusy;
+  while (code == core::platform::kPipeBusy && std::chrono::steady_clock::now() < deadline) {
+    code = core::platform::OpenPipe(subject.Text("pipe"), end);
+    if (code == core::platform::kPipeBusy)
+      core::platform::WaitForInstance(subject.Text("pipe"), kBusyWaitMs);
+  }
+  if (code != core::platform::kNoError) return fail("the pipe doesn't open");
   std::string rest = request(2) + request(3) + "\r\n" + request(4) + request(5);
   const std::size_t in_the_middle = rest.size() - request(5).size() / 2;
   if (!WritePieces(end, request(0) + request(1), kPiece, deadline) ||
@@ -154,29 +163,31 @@ Verdict LinesCut(Subject& subject) {
       !WritePieces(end, rest.substr(in_the_middle), rest.size(), deadline))
     return fail("the end of the connection, or of the editor's reading");
   core::LineBuffer buffer;
-  core::Lines lines;
-  while (lines.size() < kRequests && std::chrono::steady_clock::now() < deadline) {
+  std::set<std::int64_t> answered;
+  while (answered.size() < kRequests && std::chrono::steady_clock::now() < deadline) {
     std::size_t available = 0;
     if (!end.Peek(available)) break;
     std::string_view bytes;
+    core::Lines lines;
     if (available == 0) {
       core::SleepMilliseconds(1);
-    } else if (end.StartRead(available) &&
-               end.FinishRead(bytes, subject.patience_ms) == core::platform::Progress::Done) {
-      buffer.Append(bytes);
-      core::TakeLines(buffer, lines);
-    } else {
+      continue;
+    }
+    if (!end.StartRead(available) ||
+        end.FinishRead(bytes, subject.patience_ms) != core::platform::Progress::Done)
       break;
+    buffer.Append(bytes);
+    core::TakeLines(buffer, lines);
+    for (const std::string& line : lines) {
+      Json answer;
+      std::string error;
+      if (!core::ParseJson(line, answer, error) || !answer.At("id").IsInteger()) continue;
+      if (!answer.At("ok").BoolOr(false)) return fail(line.substr(0, kShownBytes));
+      answered.insert(answer.At("id").IntOr(-1));
     }
   }
-  for (const std::string& line : lines) {
-    Json answer;
-    std::string error;
-    if (!core::ParseJson(line, answer, error) || !answer.At("ok").BoolOr(false))
-      return fail(line.substr(0, 200));
-  }
-  if (lines.size() == kRequests) return std::nullopt;
-  return fail(std::to_string(lines.size()) + " answers within " +
+  if (answered.size() == kRequests) return std::nullopt;
+  return fail("answers to " + std::to_string(answered.size()) + " of them within " +
               std::to_string(subject.patience_ms) + " ms");
 }
 

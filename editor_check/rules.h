@@ -28,7 +28,7 @@ inline Verdict NotTried(std::string why) {
 struct Rule {
   std::string_view id;
   std::string_view sentence;  // Stands in docs/bridge.md too.
-  std::string_view needs;     // The rule without which this one can't be tried; may be empty.
+  std::string_view needs;     // The rules without which this one can't be tried, blanks between.
   Verdict (*check)(Subject& subject);
 };
 
