@@ -201,6 +201,7 @@ Verdict InFlight(Subject& subject) {
   Connection connection(subject);
   if (Verdict fault = connection.Open()) return fault;
   std::vector<std::int64_t> ids;
+  ids.reserve(kInFlight);
   for (int count = 0; count < kInFlight; ++count)
     ids.push_back(
         connection.Begin(count % 2 == 0 ? "world.info" : "objects.query", Json::Object()));

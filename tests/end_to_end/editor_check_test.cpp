@@ -58,6 +58,29 @@ TEST(EditorCheckTest, TheExampleEditorKeepsEveryRule) {
   EXPECT_EQ(rules.contains("not tried"), !kModes);
 }
 
+TEST(EditorCheckTest, TakesTheEditorItIsToldAndReportsToAPerson) {
+  const TemporaryHome home;
+  const auto report = [&](const std::vector<std::string>& arguments, int status) {
+    ChildProcess process({.program = "zorvik_editor_check",
+                          .arguments = arguments,
+                          .error_file = home.Path() / "progress"});
+    std::string text = process.ReadToEnd();
+    EXPECT_EQ(process.Wait(), status);
+    return text;
+  };
+  EXPECT_EQ(report({}, 2), "");
+  EditorProcess one("um");
+  EditorProcess other("dois");
+  EXPECT_EQ(report({}, 2), "");
+  EXPECT_EQ(report({"--editor", "tres"}, 2), "");
+  EXPECT_EQ(report({"--editor"}, 2), "");
+  const std::string text = report({"--editor", "dois"}, 0);
+  EXPECT_TRUE(text.starts_with("Editor dois, process "));
+  EXPECT_NE(text.find("  not tried  change.create"), std::string::npos);
+  EXPECT_NE(text.find(" passed, 0 failed, "), std::string::npos);
+  EXPECT_EQ(ReadText(home.Path() / "progress").find("record.keys: passed\n"), 0U);
+}
+
 TEST(EditorCheckTest, EveryRuleHasAFaultThatBreaksIt) {
   std::set<std::string> broken;
   for (const std::string& fault : FirstWords("zorvik_faulty_editor", "--faults"))
