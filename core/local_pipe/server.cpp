@@ -164,16 +164,20 @@ std::size_t LocalPipeServer::Connections() const {
 
 void LocalPipeServer::Poll(std::vector<Message>& messages, std::vector<std::int32_t>& closed) {
   if (!impl->open) return;
+  // What has ended goes only when another instance waits, so that the name is there all along.
+  std::vector<std::unique_ptr<Instance>> gone;
   for (std::size_t index = 0; index < impl->instances.size();) {
     Instance& instance = *impl->instances[index];
     bool well = AcceptStage(instance);
     if (well && instance.connected)
       well = ReadStage(instance, messages) && instance.outgoing.Pump(instance.end);
     if (!well && instance.connected) closed.push_back(instance.id);
-    if (!well || (instance.dropped && instance.outgoing.Idle()))
+    if (!well || (instance.dropped && instance.outgoing.Idle())) {
+      gone.push_back(std::move(impl->instances[index]));
       impl->instances.erase(impl->instances.begin() + static_cast<std::ptrdiff_t>(index));
-    else
+    } else {
       ++index;
+    }
   }
   impl->TopUp();
 }
