@@ -30,8 +30,10 @@ class Author {
       return fault;
     const Json& first = objects.Result().At("objects")[0];
     asset = first.At("asset").text;
-    x = first.At("position").At("x").number;
-    z = first.At("position").At("z").number;
+    // Where a child stands in the world, only `position` tells.
+    const Json& place = first.Has("position") ? first.At("position") : first;
+    x = place.At("x").number;
+    z = place.At("z").number;
     if (!asset.empty()) return std::nullopt;
     Exchange assets;
     if (Verdict fault = connection.Ask("assets.list", Json::Object({{"limit", 1}}), assets))

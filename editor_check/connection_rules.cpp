@@ -106,19 +106,23 @@ Verdict Several(Subject& subject) {
                               "the answer of world.capabilities");
 }
 
-// Writes the bytes in pieces of that size, a moment apart. False: the editor has closed the pipe.
+// Writes the bytes in pieces of that size, a moment apart. False: the editor has closed the pipe,
+// or doesn't read. The end is closed then, so that the system is done with the bytes.
 bool WritePieces(core::platform::PipeEnd& end, std::string_view bytes, std::size_t size,
                  std::chrono::steady_clock::time_point deadline) {
   while (!bytes.empty()) {
-    if (!end.StartWrite(bytes.substr(0, size))) return false;
     std::size_t count = 0;
-    core::platform::Progress progress = core::platform::Progress::Pending;
-    while (progress == core::platform::Progress::Pending) {
+    core::platform::Progress progress = core::platform::Progress::Failed;
+    if (end.StartWrite(bytes.substr(0, size))) progress = core::platform::Progress::Pending;
+    while (progress == core::platform::Progress::Pending &&
+           std::chrono::steady_clock::now() < deadline) {
       progress = end.FinishWrite(count);
       core::SleepMilliseconds(1);
-      if (std::chrono::steady_clock::now() > deadline) return false;
     }
-    if (progress == core::platform::Progress::Failed) return false;
+    if (progress != core::platform::Progress::Done) {
+      end.Close();
+      return false;
+    }
     bytes.remove_prefix(count);
   }
   return true;

@@ -44,6 +44,7 @@ std::map<std::string, std::set<std::string>> Judge(int expected_status) {
   std::map<std::string, std::set<std::string>> rules;
   for (const Json& rule : report.At("rules").items) {
     rules[rule.At("status").text].insert(rule.At("id").text);
+    rules["came"].insert(rule.At("came").text);
     for (const char* key : {"sent", "came", "expected"})
       EXPECT_NE(rule.At("status").text == "failed", rule.At(key).text.empty()) << key;
   }
@@ -102,8 +103,9 @@ TEST_P(FaultShardTest, ExactlyTheRightRuleFails) {
     EditorProcess editor("mau", {"--fault", faults[at]});
     const std::string rule = faults[at].substr(0, faults[at].find('/'));
     const bool shows = kModes || !rule.starts_with("record.private");
-    EXPECT_EQ(Judge(shows ? 1 : 0)["failed"],
-              shows ? std::set<std::string>{rule} : std::set<std::string>{});
+    auto rules = Judge(shows ? 1 : 0);
+    EXPECT_EQ(rules["failed"], shows ? std::set<std::string>{rule} : std::set<std::string>{})
+        << testing::PrintToString(rules["came"]);
   }
 }
 
