@@ -1,7 +1,8 @@
 # The target `package`: one archive that a user unpacks anywhere. What is linked into the programs
 # from the compiler's runtime comes with its licence.
-install(TARGETS zorvik_mcp zorvik_sample_editor DESTINATION .)
+install(TARGETS zorvik_mcp zorvik_editor_check zorvik_sample_editor DESTINATION .)
 install(FILES README.md DESTINATION .)
+install(FILES docs/bridge.md DESTINATION docs)
 install(FILES docs/world_editor/MCP.md DESTINATION docs/world_editor)
 
 if(WIN32)

@@ -247,7 +247,11 @@ bool PipeEnd::Peek(std::size_t& available) {
   char byte = 0;
   const ssize_t peeked = RetryOnInterrupt(
       [&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
-  if (peeked == -1) return errno == EAGAIN;
+  if (peeked == -1) {
+    const bool nothing_yet = errno == EAGAIN;
+    DropUrgentByte(native->socket.Get());
+    return nothing_yet;
+  }
   int count = 0;
   if (peeked == 0 || ioctl(native->socket.Get(), FIONREAD, &count) == -1) return false;
   available = static_cast<std::size_t>(std::max(count, 1));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,5 +40,12 @@ class Descriptor {
  private:
   int number = -1;
 };
+
+// Takes an urgent byte off a socket on which a read finds nothing. No read brings it, but a poll
+// would report it for ever.
+inline void DropUrgentByte(int socket) {
+  char byte = 0;
+  recv(socket, &byte, 1, MSG_OOB | MSG_DONTWAIT);
+}
 
 }  // namespace zorvik::core::platform

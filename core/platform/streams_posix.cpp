@@ -49,7 +49,11 @@ bool PeekSocket(int fd, std::size_t& available) {
   available = 0;
   char byte = 0;
   const ssize_t got = RetryOnInterrupt([&] { return recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
-  if (got < 0) return errno == EAGAIN || errno == EWOULDBLOCK;
+  if (got < 0) {
+    const bool nothing_yet = errno == EAGAIN || errno == EWOULDBLOCK;
+    DropUrgentByte(fd);
+    return nothing_yet;
+  }
   if (got == 0 || !QueuedBytes(fd, available)) return false;
   available = std::max<std::size_t>(available, 1);
   return true;

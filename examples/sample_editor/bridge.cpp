@@ -28,6 +28,12 @@ Json Unauthorized() {
                               "Leia de novo o registro do editor.", Json());
 }
 
+Json UnsupportedBridge() {
+  return authoring::ErrorBody("unsupported_bridge",
+                              "Este editor fala " + std::string(authoring::kBridgeProtocol) + ".",
+                              "Use um servidor que fale a mesma ponte.", Json());
+}
+
 bool ValidRequestId(const std::string& id) {
   return id.find_first_not_of(
              "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.:-") ==
@@ -58,13 +64,14 @@ void Bridge::Forget(std::int32_t connection) {
 }
 
 Bridge::Reply Bridge::Hello(std::int32_t connection, const Json& message) {
-  if (message.At("token").text == token &&
-      message.At("bridge").text == authoring::kBridgeProtocol) {
+  const bool known = message.At("token").text == token;
+  if (known && message.At("bridge").text == authoring::kBridgeProtocol) {
     accepted.insert(connection);
     return {Success(Json::Int(0))};
   }
   Forget(connection);
-  return {.message = Failure(Json::Int(0), Unauthorized()), .hang_up = true};
+  return {.message = Failure(Json::Int(0), known ? UnsupportedBridge() : Unauthorized()),
+          .hang_up = true};
 }
 
 Json Bridge::Answer(const Json& request) {

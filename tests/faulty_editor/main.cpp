@@ -1,5 +1,8 @@
 // zorvik_faulty_editor --id ID [KIND=OPERATION]...
-// Prints "pronto ID" once it can be found, and ends with its standard input.
+// zorvik_faulty_editor --id ID --fault NAME
+// zorvik_faulty_editor --faults
+// Prints "pronto ID" once it can be found, and ends with its standard input. The last form prints
+// the names that --fault takes.
 
 #include <cstdio>
 #include <exception>
@@ -10,23 +13,28 @@
 #include "core/editor_registry.h"
 #include "core/local_pipe/stdio_channel.h"
 #include "core/process.h"
+#include "tests/faulty_editor/bridge_faults.h"
 #include "tests/faulty_editor/faulty_editor.h"
 
 namespace core = zorvik::core;
+namespace tests = zorvik::tests;
 
 namespace {
 
-void Serve(const std::string& id, const std::vector<std::string>& faults) {
+core::EditorRecord MakeRecord(const std::string& id) {
   core::EditorRecord record;
   record.editor_id = id;
   record.pid = core::CurrentProcessId();
   record.pipe = "zorvik-faulty-" + core::RandomHex(8);
   record.token = core::RandomHex(16);
   record.bridge = zorvik::authoring::kBridgeProtocol;
-  zorvik::tests::FaultyEditor editor(record.pipe, record.token, faults);
-  core::WriteEditorRecord(record);
+  return record;
+}
+
+template <class Editor>
+void Serve(Editor& editor, const core::EditorRecord& record) {
   core::StdioChannel console;
-  console.Write("pronto " + id);
+  console.Write("pronto " + record.editor_id);
   for (bool closed = false; !closed;) {
     editor.Turn();
     core::Lines ignored;
@@ -36,12 +44,30 @@ void Serve(const std::string& id, const std::vector<std::string>& faults) {
   core::RemoveEditorRecord(record.pid);
 }
 
+void Run(const std::vector<std::string>& arguments) {
+  if (arguments == std::vector<std::string>{"--faults"}) {
+    for (const std::string_view name : tests::BridgeFaultNames())
+      std::puts(std::string(name).c_str());
+    return;
+  }
+  if (arguments.size() < 2) throw std::invalid_argument("--id ID [KIND=OPERATION]...");
+  const core::EditorRecord record = MakeRecord(arguments[1]);
+  if (arguments.size() == 4 && arguments[2] == "--fault") {
+    tests::BrokenEditor editor(arguments[3], record.pipe, record.token);
+    core::WriteEditorRecord(record);
+    editor.SpoilRecord(core::McpHome() / "editors" / (std::to_string(record.pid) + ".json"));
+    return Serve(editor, record);
+  }
+  tests::FaultyEditor editor(record.pipe, record.token, {arguments.begin() + 2, arguments.end()});
+  core::WriteEditorRecord(record);
+  Serve(editor, record);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    if (argc < 3) throw std::invalid_argument("--id ID [KIND=OPERATION]...");
-    Serve(argv[2], {argv + 3, argv + argc});
+    Run({argv + 1, argv + argc});
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "zorvik_faulty_editor: %s\n", failure.what());
     return 1;

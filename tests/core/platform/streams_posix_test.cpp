@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <thread>
@@ -79,6 +80,11 @@ TEST(StreamsPosixTest, AnUrgentByteIsNotWaitedFor) {
   if (send(writer, "x", 1, MSG_OOB) != 1) GTEST_SKIP() << "this system has none";
   EXPECT_TRUE(pair.Reader().Peek(count));
   EXPECT_EQ(count, 0U);
+  WaitSources sources;
+  pair.Reader().AddTo(sources);
+  const auto begin = std::chrono::steady_clock::now();
+  WaitForInput(sources, 30);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(25));
   pair.CloseWriter();
   EXPECT_FALSE(pair.Reader().Peek(count));
 }
