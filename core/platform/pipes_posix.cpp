@@ -237,7 +237,8 @@ bool PipeEnd::Valid() const {
 }
 
 void PipeEnd::AddTo(WaitSources& sources) const {
-  if (Valid()) sources.push_back(native->socket.Get());
+  if (Valid() && !HasOnlyUrgentByte(native->socket.Get()))
+    sources.push_back(native->socket.Get());
 }
 
 bool PipeEnd::Peek(std::size_t& available) {
@@ -247,11 +248,7 @@ bool PipeEnd::Peek(std::size_t& available) {
   char byte = 0;
   const ssize_t peeked = RetryOnInterrupt(
       [&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
-  if (peeked == -1) {
-    const bool nothing_yet = errno == EAGAIN;
-    DropUrgentByte(native->socket.Get());
-    return nothing_yet;
-  }
+  if (peeked == -1) return errno == EAGAIN;
   int count = 0;
   if (peeked == 0 || ioctl(native->socket.Get(), FIONREAD, &count) == -1) return false;
   available = static_cast<std::size_t>(std::max(count, 1));

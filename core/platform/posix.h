@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -41,11 +42,13 @@ class Descriptor {
   int number = -1;
 };
 
-// Takes an urgent byte off a socket on which a read finds nothing. No read brings it, but a poll
-// would report it for ever.
-inline void DropUrgentByte(int socket) {
+// Whether all that a socket has is an urgent byte. No read brings it, but a poll reports it for
+// ever.
+inline bool HasOnlyUrgentByte(int socket) {
+  int queued = 0;
   char byte = 0;
-  recv(socket, &byte, 1, MSG_OOB | MSG_DONTWAIT);
+  return ioctl(socket, FIONREAD, &queued) == 0 && queued > 0 &&
+         recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == -1 && errno == EAGAIN;
 }
 
 }  // namespace zorvik::core::platform

@@ -49,11 +49,7 @@ bool PeekSocket(int fd, std::size_t& available) {
   available = 0;
   char byte = 0;
   const ssize_t got = RetryOnInterrupt([&] { return recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
-  if (got < 0) {
-    const bool nothing_yet = errno == EAGAIN || errno == EWOULDBLOCK;
-    DropUrgentByte(fd);
-    return nothing_yet;
-  }
+  if (got < 0) return errno == EAGAIN || errno == EWOULDBLOCK;
   if (got == 0 || !QueuedBytes(fd, available)) return false;
   available = std::max<std::size_t>(available, 1);
   return true;
@@ -129,7 +125,7 @@ bool InputStream::WaitForMore() const {
 }
 
 void InputStream::AddTo(WaitSources& sources) const {
-  if (Valid()) sources.push_back(native);
+  if (Valid() && !HasOnlyUrgentByte(static_cast<int>(native))) sources.push_back(native);
 }
 
 bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {
