@@ -237,8 +237,7 @@ bool PipeEnd::Valid() const {
 }
 
 void PipeEnd::AddTo(WaitSources& sources) const {
-  if (Valid() && !HasOnlyUrgentByte(native->socket.Get()))
-    sources.push_back(native->socket.Get());
+  if (Valid() && !HasOnlyUrgentByte(native->socket.Get())) sources.push_back(native->socket.Get());
 }
 
 bool PipeEnd::Peek(std::size_t& available) {
