@@ -49,7 +49,8 @@ class InputStream {
 
  private:
   std::intptr_t native = -1;
-  bool is_pipe = false;
+  bool is_pipe = false;    // Or a socket.
+  bool is_socket = false;  // POSIX alone has such streams.
 };
 
 // A byte stream that is written without buffering; a borrowed handle like InputStream.

@@ -100,7 +100,8 @@ InputStream InputStream::Borrow(std::intptr_t handle) {
   InputStream stream;
   stream.native = handle;
   const mode_t type = FileType(static_cast<int>(handle));
-  stream.is_pipe = type == S_IFIFO || type == S_IFSOCK;
+  stream.is_socket = type == S_IFSOCK;
+  stream.is_pipe = type == S_IFIFO || stream.is_socket;
   return stream;
 }
 
@@ -110,13 +111,13 @@ bool InputStream::Valid() const {
 
 bool InputStream::Peek(std::size_t& available) const {
   const int fd = static_cast<int>(native);
-  if (FileType(fd) == S_IFSOCK) return PeekSocket(fd, available);
-  if (!QueuedBytes(fd, available)) return false;
-  if (available > 0) return true;
-
-  // Nothing there: because nothing has come yet, or because nothing will. The bytes are counted
-  // once more after the question for the end, since the peer may write and go in between.
-  const bool ended = (PollEvents(fd, POLLIN, 0) & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+  if (is_socket) return PeekSocket(fd, available);
+  // The bytes are counted after the question for the end, since the peer may write and go in
+  // between. An idle server asks nothing but this.
+  const short events = PollEvents(fd, POLLIN, 0);
+  available = 0;
+  if (events == 0) return true;
+  const bool ended = (events & (POLLHUP | POLLERR | POLLNVAL)) != 0;
   return QueuedBytes(fd, available) && (available > 0 || !ended);
 }
 
@@ -125,7 +126,8 @@ bool InputStream::WaitForMore() const {
 }
 
 void InputStream::AddTo(WaitSources& sources) const {
-  if (Valid() && !HasOnlyUrgentByte(static_cast<int>(native))) sources.push_back(native);
+  if (!Valid() || (is_socket && HasOnlyUrgentByte(static_cast<int>(native)))) return;
+  sources.push_back(native);
 }
 
 bool InputStream::Read(char* bytes, std::size_t limit, std::size_t& count) const {
