@@ -186,7 +186,7 @@ std::uint32_t OpenPipe(const std::string& name, PipeEnd& end) {
 }
 
 bool PipeIsServed(const std::string& name) {
-  if (!IsUsable(name)) return false;
+  if (!IsBarePipeName(name)) return false;
   // The shortest time that can be asked for: 0 stands for the server's default.
   const std::wstring path = PipePath(name);  // As in OpenPipe.
   return WaitNamedPipeW(path.c_str(), 1) || GetLastError() != ERROR_FILE_NOT_FOUND;
