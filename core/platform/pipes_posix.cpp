@@ -248,8 +248,9 @@ bool PipeEnd::Peek(std::size_t& available) {
   const ssize_t peeked = RetryOnInterrupt(
       [&] { return recv(native->socket.Get(), &byte, 1, MSG_PEEK | MSG_DONTWAIT); });
   if (peeked == -1) return errno == EAGAIN;
+  if (peeked == 0) return false;
   int count = 0;
-  if (peeked == 0 || ioctl(native->socket.Get(), FIONREAD, &count) == -1) return false;
+  if (ioctl(native->socket.Get(), FIONREAD, &count) == -1) count = 1;
   available = static_cast<std::size_t>(std::max(count, 1));
   return true;
 }

@@ -24,10 +24,15 @@ mode_t FileType(int fd) {
   return fstat(fd, &status) == 0 ? status.st_mode & S_IFMT : 0;
 }
 
+bool IsOpen(int fd) {
+  return fcntl(fd, F_GETFD) != -1 || errno != EBADF;
+}
+
 // Whether the descriptor is open for something else than `opposite` (O_RDONLY or O_WRONLY) alone.
+// What can't be told is found out by the first read or write.
 bool Usable(int fd, int opposite) {
   const int flags = fcntl(fd, F_GETFL);
-  return flags != -1 && (flags & O_ACCMODE) != opposite;
+  return flags == -1 ? errno != EBADF : (flags & O_ACCMODE) != opposite;
 }
 
 bool QueuedBytes(int fd, std::size_t& count) {
@@ -39,8 +44,9 @@ bool QueuedBytes(int fd, std::size_t& count) {
 
 short PollEvents(int fd, short events, int timeout_ms) {
   pollfd entry = {fd, events, 0};
-  if (RetryOnInterrupt([&] { return poll(&entry, 1, timeout_ms); }) < 0) return POLLERR;
-  return entry.revents;
+  // A system short of memory can't tell just now.
+  return RetryOnInterrupt([&] { return poll(&entry, 1, timeout_ms); }) < 0 ? short{0}
+                                                                           : entry.revents;
 }
 
 // As InputStream::Peek. Only a read tells the end from nothing there, and QueuedBytes counts an
@@ -71,7 +77,7 @@ void PrepareStandardStreams() {
   // An end of a pipe is one that needs no file system.
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     std::array<int, 2> ends{};
-    if (fcntl(fd, F_GETFD) != -1 || pipe(ends.data()) == -1) continue;
+    if (IsOpen(fd) || pipe(ends.data()) == -1) continue;
     // The reading end has the lowest free number, which is `fd`.
     if (fd == STDIN_FILENO) dup2(ends[1], fd);
     close(ends[1]);
@@ -101,7 +107,8 @@ InputStream InputStream::Borrow(std::intptr_t handle) {
   stream.native = handle;
   const mode_t type = FileType(static_cast<int>(handle));
   stream.is_socket = type == S_IFSOCK;
-  stream.is_pipe = type == S_IFIFO || stream.is_socket;
+  // What can't be told counts as one: files too can be asked how much is there.
+  stream.is_pipe = type == S_IFIFO || stream.is_socket || type == 0;
   return stream;
 }
 
@@ -118,7 +125,8 @@ bool InputStream::Peek(std::size_t& available) const {
   available = 0;
   if (events == 0) return true;
   const bool ended = (events & (POLLHUP | POLLERR | POLLNVAL)) != 0;
-  return QueuedBytes(fd, available) && (available > 0 || !ended);
+  if (!QueuedBytes(fd, available) && !ended) available = 1;
+  return available > 0 || !ended;
 }
 
 bool InputStream::WaitForMore() const {

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <stdexcept>
+#include <utility>
 
 #include "authoring/catalog.h"
 #include "authoring/protocols.h"
@@ -14,19 +16,18 @@ using core::Json;
 using Path = std::filesystem::path;
 using Reply = sample_editor::Bridge::Reply;
 
+// What is wrong is one of these; the others are empty.
 struct BridgeFault {
   std::string_view name;
-  void (*record)(const Path& file) = nullptr;
-  bool (*line)(const std::string& line) = nullptr;                 // False: hangs up.
-  void (*request)(BrokenEditor& editor, Json& request) = nullptr;  // Null: it gets lost.
-  void (*reply)(BrokenEditor& editor, const Json& request, Reply& reply) = nullptr;
+  std::function<void(const Path& file)> record = nullptr;
+  std::function<bool(const std::string& line)> line = nullptr;  // False: hangs up.
+  // One that becomes null gets lost.
+  std::function<void(BrokenEditor& editor, Json& request)> request = nullptr;
+  std::function<void(BrokenEditor&, const Json& request, Reply&)> reply = nullptr;
   std::int32_t limit = 4;
 };
 
 namespace {
-
-constexpr std::size_t kShortLine = 65'536;
-constexpr std::size_t kMediumLine = 8'388'608;
 
 void WriteRecord(const Path& file, const std::string& text) {
   std::ofstream(file, std::ios::binary) << text;
@@ -38,45 +39,12 @@ std::string ReadRecord(const Path& file) {
   return text;
 }
 
-void Change(const Path& file, const char* key, Json value) {
-  Json record;
-  std::string error;
-  core::ParseJson(ReadRecord(file), record, error);
-  record.Set(key, std::move(value));
-  WriteRecord(file, core::WriteJson(record) + "\n");
-}
-
 bool Is(const Json& request, std::string_view operation) {
   return request.At("op").text == operation;
 }
 
-void Lose(Json& request) {
-  request = Json();
-}
-
 Json& Args(Json& request) {
   return *request.Find("args");
-}
-
-// Puts a member into the result of that operation.
-void SetResult(const Json& request, Reply& reply, std::string_view operation, const char* key,
-               Json value) {
-  Json* result = reply.message.Find("result");
-  if (Is(request, operation) && result != nullptr) result->Set(key, std::move(value));
-}
-
-void SetMember(const Json& request, Reply& reply, std::string_view operation, const char* key,
-               Json value) {
-  if (Is(request, operation)) reply.message.Set(key, std::move(value));
-}
-
-void SetCode(Reply& reply, const char* from, const char* to) {
-  Json* error = reply.message.Find("error");
-  if (error != nullptr && error->At("code").text == from) error->Set("code", Json::Text(to));
-}
-
-void HangUp(Reply& reply) {
-  reply = {Json(), true};
 }
 
 void Erase(Json& object, std::string_view key) {
@@ -84,19 +52,103 @@ void Erase(Json& object, std::string_view key) {
       object.fields, [&](const Json::Field& field) { return field.first == key; });
 }
 
+// The kinds of faults that several rows share.
+
+auto Key(const char* key, const Json& value) {
+  return [=](const Path& file) {
+    Json record;
+    std::string error;
+    core::ParseJson(ReadRecord(file), record, error);
+    record.Set(key, value);
+    WriteRecord(file, core::WriteJson(record) + "\n");
+  };
+}
+
+auto LongestLine(std::size_t limit) {
+  return [=](const std::string& line) { return line.size() <= limit; };
+}
+
+// Each answer to that operation has this member.
+auto Member(const char* operation, const char* key, const Json& value) {
+  return [=](BrokenEditor&, const Json& request, Reply& reply) {
+    if (Is(request, operation)) reply.message.Set(key, value);
+  };
+}
+
+// So has each result.
+auto ResultMember(const char* operation, const char* key, const Json& value) {
+  return [=](BrokenEditor&, const Json& request, Reply& reply) {
+    Json* result = reply.message.Find("result");
+    if (Is(request, operation) && result != nullptr) result->Set(key, value);
+  };
+}
+
+// Requests get `value` for `key` where `condition` holds.
+template <typename Condition, typename Value>
+auto Request(const Condition& condition, const char* key, const Value& value) {
+  return [=](BrokenEditor& editor, Json& request) {
+    if (condition(request)) request.Set(key, value(editor));
+  };
+}
+
+template <typename Condition>
+auto Lost(const Condition& condition) {
+  return [=](BrokenEditor&, Json& request) {
+    if (condition(request)) request = Json();
+  };
+}
+
+template <typename Condition>
+auto HangUp(const Condition& condition) {
+  return [=](BrokenEditor&, const Json& request, Reply& reply) {
+    if (condition(request)) reply = {Json(), true};
+  };
+}
+
+// Errors of one code get another.
+template <typename Condition>
+auto Code(const Condition& condition, const char* from, const char* to) {
+  return [=](BrokenEditor&, const Json& request, Reply& reply) {
+    Json* error = reply.message.Find("error");
+    if (condition(request) && error != nullptr && error->At("code").text == from)
+      error->Set("code", Json::Text(to));
+  };
+}
+
+auto Operation(const char* name) {
+  return [=](const Json& request) { return Is(request, name); };
+}
+
+bool IsHello(const Json& request) {
+  return Is(request, "hello");
+}
+
+bool IsUnknown(const Json& request) {
+  return authoring::FindOperation(request.At("op").text) == nullptr;
+}
+
+Json Token(const BrokenEditor& editor) {
+  return Json::Text(editor.token);
+}
+
+// A request on any revision counts as one on the newest.
+auto OnNewestRevision(bool named) {
+  return [=](BrokenEditor& editor, Json& request) {
+    if (request.At("args").Has("base_revision") == named &&
+        (named || Is(request, "objects.update")))
+      Args(request).Set("base_revision", Json::Int(editor.Revision()));
+  };
+}
+
 const BridgeFault kFaults[] = {
-    {.name = "record.keys",
-     .record = [](const Path& file) { Change(file, "token", Json::Int(7)); }},
-    {.name = "record.about", .record = [](const Path& file) { Change(file, "world_id", Json()); }},
+    {.name = "record.keys", .record = Key("token", Json::Int(7))},
+    {.name = "record.about", .record = Key("world_id", Json())},
     {.name = "record.line",
      .record = [](const Path& file) { WriteRecord(file, ReadRecord(file) + "\n"); }},
     {.name = "record.file",
      .record = [](const Path& file) { rename(file, file.parent_path() / "editor.json"); }},
-    {.name = "record.editor_id",
-     .record =
-         [](const Path& file) { Change(file, "editor_id", Json::Text(std::string(65, 'a'))); }},
-    {.name = "record.bridge",
-     .record = [](const Path& file) { Change(file, "bridge", Json::Text("zorvik-bridge/9")); }},
+    {.name = "record.editor_id", .record = Key("editor_id", Json::Text(std::string(65, 'a')))},
+    {.name = "record.bridge", .record = Key("bridge", Json::Text("zorvik-bridge/9"))},
     {.name = "record.private_file",
      .record = [](const Path& file) { permissions(file, std::filesystem::perms{0644}); }},
     {.name = "record.private_folder",
@@ -105,76 +157,42 @@ const BridgeFault kFaults[] = {
     {.name = "record.pid_alive",
      .record =
          [](const Path& file) {
-           Change(file, "pid", Json::Int(999'999'999));
+           Key("pid", Json::Int(999'999'999))(file);
            rename(file, file.parent_path() / "999999999.json");
          }},
-    {.name = "record.pipe_name",
-     .record = [](const Path& file) { Change(file, "pipe", Json::Text("a/b")); }},
-    {.name = "record.pipe_served",
-     .record = [](const Path& file) { Change(file, "pipe", Json::Text("zorvik-nobody")); }},
+    {.name = "record.pipe_name", .record = Key("pipe", Json::Text("a/b"))},
+    {.name = "record.pipe_served", .record = Key("pipe", Json::Text("zorvik-nobody"))},
 
-    {.name = "hello.accepted",
-     .reply = [](BrokenEditor&, const Json& request,
-                 Reply& reply) { SetMember(request, reply, "hello", "ok", Json::Text("sim")); }},
-    {.name = "hello.wrong_token",
-     .request =
-         [](BrokenEditor& editor, Json& request) {
-           if (Is(request, "hello")) request.Set("token", Json::Text(editor.token));
-         }},
-    {.name = "hello.wrong_token/code",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           if (Is(request, "hello")) SetCode(reply, "unauthorized", "forbidden");
-         }},
+    {.name = "hello.accepted", .reply = Member("hello", "ok", Json::Text("sim"))},
+    {.name = "hello.wrong_token", .request = Request(IsHello, "token", Token)},
+    {.name = "hello.wrong_token/code", .reply = Code(IsHello, "unauthorized", "forbidden")},
     {.name = "hello.refused_closes",
      .reply = [](BrokenEditor&, const Json&, Reply& reply) { reply.hang_up = false; }},
     {.name = "hello.wrong_version",
-     .request =
-         [](BrokenEditor&, Json& request) {
-           if (Is(request, "hello")) request.Set("bridge", Json::Text(authoring::kBridgeProtocol));
-         }},
+     .request = Request(IsHello, "bridge",
+                        [](BrokenEditor&) { return Json::Text(authoring::kBridgeProtocol); })},
     {.name = "hello.first",
      .request =
          [](BrokenEditor& editor, Json& request) {
-           if (!Is(request, "hello"))
+           if (!IsHello(request))
              editor.SoundReply(Json::Object({{"id", 0},
                                              {"op", "hello"},
                                              {"token", editor.token},
                                              {"bridge", authoring::kBridgeProtocol}}));
          }},
-    {.name = "request.token",
-     .request =
-         [](BrokenEditor& editor, Json& request) {
-           if (!Is(request, "hello")) request.Set("token", Json::Text(editor.token));
-         }},
+    {.name = "request.token", .request = Request(std::not_fn(IsHello), "token", Token)},
     {.name = "connection.several", .limit = 1},
-    {.name = "lines.cut",
-     .request =
-         [](BrokenEditor&, Json& request) {
-           if (request.At("client").text.find('\xE2') != std::string::npos) Lose(request);
-         }},
-    {.name = "lines.long",
-     .line = [](const std::string& line) { return line.size() <= kShortLine; }},
-    {.name = "lines.limit",
-     .line = [](const std::string& line) { return line.size() <= kMediumLine; }},
+    {.name = "lines.cut", .request = Lost([](const Json& request) {
+                            return request.At("client").text.find('\xE2') != std::string::npos;
+                          })},
+    {.name = "lines.long", .line = LongestLine(65'536)},
+    {.name = "lines.limit", .line = LongestLine(8'388'608)},
     {.name = "lines.garbage",
      .line = [](const std::string& line) { return line.starts_with('{'); }},
 
-    {.name = "answer.given",
-     .request =
-         [](BrokenEditor&, Json& request) {
-           if (Is(request, "jobs.list")) Lose(request);
-         }},
-    {.name = "answer.given/id",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetMember(request, reply, "jobs.list", "id", Json::Int(1'000'000));
-         }},
-    {.name = "answer.ok",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetMember(request, reply, "jobs.list", "ok", Json::Text("sim"));
-         }},
+    {.name = "answer.given", .request = Lost(Operation("jobs.list"))},
+    {.name = "answer.given/id", .reply = Member("jobs.list", "id", Json::Int(1'000'000))},
+    {.name = "answer.ok", .reply = Member("jobs.list", "ok", Json::Text("sim"))},
     {.name = "answer.ok/fails",
      .reply =
          [](BrokenEditor&, const Json& request, Reply& reply) {
@@ -183,72 +201,33 @@ const BridgeFault kFaults[] = {
                                            {"ok", false},
                                            {"error", authoring::ErrorBody("x", "x", "", Json())}});
          }},
-    {.name = "answer.revision",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetMember(request, reply, "jobs.list", "revision", Json::Text("1"));
-         }},
-    {.name = "answer.result",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetMember(request, reply, "water.list", "result", Json::Object({{"agua", 1}}));
-         }},
-    {.name = "answer.result/list",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetMember(request, reply, "water.list", "result", Json::Array());
-         }},
-    {.name = "answer.schema",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetResult(request, reply, "water.list", "warnings", Json::Text("cuidado"));
-         }},
+    {.name = "answer.revision", .reply = Member("jobs.list", "revision", Json::Text("1"))},
+    {.name = "answer.result", .reply = Member("water.list", "result", Json::Object({{"agua", 1}}))},
+    {.name = "answer.result/list", .reply = Member("water.list", "result", Json::Array())},
+    {.name = "answer.schema", .reply = ResultMember("water.list", "warnings", Json::Text("oi"))},
     {.name = "answer.error",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetMember(request, reply, "roads.list", "error",
-                     Json::Object({{"code", "unsupported"}}));
-         }},
+     .reply = Member("roads.list", "error", Json::Object({{"code", "unsupported"}}))},
     {.name = "answer.images",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetResult(
-               request, reply, "inspect.capture", "images",
-               Json::Array({Json::Object({{"mime", "image/png"}, {"data_base64", "abc\n"}})}));
-         }},
-    {.name = "request.unknown",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           if (authoring::FindOperation(request.At("op").text) == nullptr)
-             SetCode(reply, "unsupported", "not_found");
-         }},
-    {.name = "request.arguments",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           if (request.Has("args") && request.At("args").kind != Json::Kind::Object) HangUp(reply);
-         }},
+     .reply = ResultMember(
+         "inspect.capture", "images",
+         Json::Array({Json::Object({{"mime", "image/png"}, {"data_base64", "abc\n"}})}))},
+    {.name = "request.unknown", .reply = Code(IsUnknown, "unsupported", "not_found")},
+    {.name = "request.arguments", .reply = HangUp([](const Json& request) {
+                                    return request.Has("args") &&
+                                           request.At("args").kind != Json::Kind::Object;
+                                  })},
     {.name = "request.many",
      .reply =
          [](BrokenEditor& editor, const Json& request, Reply& reply) {
            if (Is(request, "world.info")) editor.Send(reply.message);
          }},
-    {.name = "request.cancel",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           if (Is(request, "cancel")) HangUp(reply);
-         }},
+    {.name = "request.cancel", .reply = HangUp(Operation("cancel"))},
     {.name = "request.deadline",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           if (request.At("deadline_ms").IntOr(0) == 1) HangUp(reply);
-         }},
+     .reply = HangUp([](const Json& request) { return request.At("deadline_ms").IntOr(0) == 1; })},
 
     {.name = "change.create",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetResult(request, reply, "objects.create", "created",
-                     Json::Array({Json::Object({{"id", 1'000'000}})}));
-         }},
+     .reply = ResultMember("objects.create", "created",
+                           Json::Array({Json::Object({{"id", 1'000'000}})}))},
     {.name = "change.update",
      .request =
          [](BrokenEditor&, Json& request) {
@@ -277,18 +256,8 @@ const BridgeFault kFaults[] = {
          [](BrokenEditor&, Json& request) {
            if (request.At("args").Has("request_id")) Erase(Args(request), "request_id");
          }},
-    {.name = "change.base_revision",
-     .request =
-         [](BrokenEditor& editor, Json& request) {
-           if (Is(request, "objects.update") && !request.At("args").Has("base_revision"))
-             Args(request).Set("base_revision", Json::Int(editor.Revision()));
-         }},
-    {.name = "change.conflict",
-     .request =
-         [](BrokenEditor& editor, Json& request) {
-           if (request.At("args").Has("base_revision"))
-             Args(request).Set("base_revision", Json::Int(editor.Revision()));
-         }},
+    {.name = "change.base_revision", .request = OnNewestRevision(false)},
+    {.name = "change.conflict", .request = OnNewestRevision(true)},
     {.name = "change.batch",
      .request =
          [](BrokenEditor& editor, Json& request) {
@@ -298,16 +267,10 @@ const BridgeFault kFaults[] = {
            first.Set("args", request.At("args").At("ops")[0].At("args"));
            editor.SoundReply(first);
          }},
-    {.name = "change.revision",
-     .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
-           SetMember(request, reply, "objects.delete", "revision", Json::Int(1));
-         }},
+    {.name = "change.revision", .reply = Member("objects.delete", "revision", Json::Int(1))},
     {.name = "change.clients",
-     .request =
-         [](BrokenEditor&, Json& request) {
-           if (Is(request, "objects.create")) request.Set("client", Json::Text("todos"));
-         }},
+     .request = Request(Operation("objects.create"), "client",
+                        [](BrokenEditor&) { return Json::Text("todos"); })},
 };
 
 const BridgeFault& Find(std::string_view name) {
