@@ -10,6 +10,10 @@ namespace {
 
 using namespace std::string_literals;
 
+std::string Object(const std::string& key, const std::string& text) {
+  return "{\"" + key + "\":\"" + text + "\"}";
+}
+
 TEST(JsonWriterTest, Texts) {
   std::string controls;
   for (int i = 0; i < 3'000; ++i) controls += "\\u0002";
@@ -23,7 +27,7 @@ TEST(JsonWriterTest, Texts) {
   for (const auto& [text, written] : cases) {
     Json object;
     object.Set(text, Json::Text(text));
-    EXPECT_EQ(WriteJson(object), "{\"" + written + "\":\"" + written + "\"}");
+    EXPECT_EQ(WriteJson(object), Object(written, written));
   }
 }
 
