@@ -27,8 +27,8 @@ export const modelClients = [
     program: 'codex',
     file: '.codex/config.toml',
     add: `[mcp_servers.zorvik]\ncommand = "${documentedPath}"\ntool_timeout_sec = 150\n`,
-    // It passes no variables on, and asks before changes where nobody is to answer.
-    also: (home) => `env = { ZORVIK_MCP_HOME = "${home}" }\ndefault_tools_approval_mode = "approve"\n`,
+    // It passes no variables on.
+    also: (home) => `env = { ZORVIK_MCP_HOME = "${home}" }\n`,
     // The list doesn't try the connection; that the tools come does.
     connected: /zorvik .* enabled/,
     settings: (address) =>
