@@ -39,7 +39,7 @@ Verdict Read(Subject& subject) {
     Reading& reading = subject.readings[at];
     reading.sent = exchange.sent;
     reading.came = exchange.came;
-    reading.answer = exchange.answer;
+    reading.line = connection.AnswerLine(ids[at]);
   }
   return std::nullopt;
 }
@@ -49,21 +49,24 @@ template <class Judge>
 Verdict EachReading(Subject& subject, Judge judge) {
   if (Verdict fault = Read(subject)) return fault;
   for (const Reading& reading : subject.readings) {
-    if (reading.answer.kind == Json::Kind::Null) continue;
-    const std::string expected = judge(reading, *authoring::FindOperation(reading.operation));
+    Json answer;
+    std::string ignored;
+    if (!core::ParseJson(reading.line, answer, ignored)) continue;
+    const std::string expected =
+        judge(reading, answer, *authoring::FindOperation(reading.operation));
     if (!expected.empty()) return Finding{true, reading.sent, reading.came, expected};
   }
   return std::nullopt;
 }
 
-bool Succeeded(const Reading& reading) {
-  return reading.answer.At("ok").BoolOr(false);
+bool Succeeded(const Json& answer) {
+  return answer.At("ok").BoolOr(false);
 }
 
 Verdict Given(Subject& subject) {
   if (Verdict fault = Read(subject)) return fault;
   for (const Reading& reading : subject.readings)
-    if (reading.answer.kind == Json::Kind::Null)
+    if (reading.line.empty())
       return Finding{true, reading.sent, reading.came, "an answer with the id of the request"};
   return std::nullopt;
 }
@@ -71,13 +74,13 @@ Verdict Given(Subject& subject) {
 Verdict Ok(Subject& subject) {
   return EachReading(
       subject,
-      [](const Reading& reading, const authoring::ToolSpec&) {
-        if (reading.answer.At("ok").kind != Json::Kind::Bool) return "`ok` true or false";
-        if (Succeeded(reading)) return "";
+      [](const Reading& reading, const Json& answer, const authoring::ToolSpec&) {
+        if (answer.At("ok").kind != Json::Kind::Bool) return "`ok` true or false";
+        if (Succeeded(answer)) return "";
         if (reading.operation == "world.capabilities" || reading.operation == "world.info")
           return "`ok` true: every editor has this operation";
-        const bool unsupported = reading.answer.At("error").At("code").text == "unsupported";
-        // Only of arguments can be wrong what the editor knows and the check doesn't.
+        const bool unsupported = answer.At("error").At("code").text == "unsupported";
+        // Only arguments may be wrong in ways that the check can't know.
         return unsupported || !reading.args.fields.empty()
                    ? ""
                    : "`ok` true, or `unsupported`: nothing was asked for that could be wrong";
@@ -87,9 +90,9 @@ Verdict Ok(Subject& subject) {
 Verdict Revision(Subject& subject) {
   return EachReading(
       subject,
-      [](const Reading& reading, const authoring::ToolSpec&) {
-        const Json& revision = reading.answer.At("revision");
-        return !Succeeded(reading) || (revision.IsInteger() && revision.number >= 0)
+      [](const Reading&, const Json& answer, const authoring::ToolSpec&) {
+        const Json& revision = answer.At("revision");
+        return !Succeeded(answer) || (revision.IsInteger() && revision.number >= 0)
                    ? ""
                    : "`revision`, a whole number";
       });
@@ -98,13 +101,13 @@ Verdict Revision(Subject& subject) {
 Verdict Result(Subject& subject) {
   return EachReading(
       subject,
-      [](const Reading& reading, const authoring::ToolSpec& tool) -> std::string {
-        const Json& result = reading.answer.At("result");
+      [](const Reading&, const Json& answer, const authoring::ToolSpec& tool) -> std::string {
+        const Json& result = answer.At("result");
         const std::string& description = tool.output.At("description").text;
         const std::vector<std::string> names = NamedMembers(description);
-        if (!Succeeded(reading) || std::any_of(
-                                       names.begin(), names.end(),
-                                       [&](const std::string& name) { return result.Has(name); }))
+        if (!Succeeded(answer) || std::any_of(
+                                      names.begin(), names.end(),
+                                      [&](const std::string& name) { return result.Has(name); }))
           return "";
         return "`result`, an object with: " + description;
       });
@@ -114,13 +117,16 @@ Verdict Result(Subject& subject) {
 Verdict Schema(Subject& subject) {
   return EachReading(
       subject,
-      [](const Reading& reading, const authoring::ToolSpec& tool) -> std::string {
-        Json document = Json::Object({{"ok", reading.answer.At("ok")}});
-        if (const Json& revision = reading.answer.At("revision");
-            revision.kind == Json::Kind::Number)
+      [](const Reading&, const Json& answer, const authoring::ToolSpec& tool) -> std::string {
+        Json document = Json::Object({{"ok", answer.At("ok")}});
+        if (const Json& revision = answer.At("revision"); revision.kind == Json::Kind::Number)
           document.Set("revision", revision);
-        for (const auto& [key, value] : reading.answer.At("result").fields)
-          document.Set(key, value);
+        for (const auto& [key, value] : answer.At("result").fields)
+          // The keys of `result` differ from each other; to look each up takes quadratic time.
+          if (key == "ok" || key == "revision")
+            document.Set(key, value);
+          else
+            document.fields.emplace_back(key, value);
         std::string field;
         std::string reason;
         if (authoring::Validate(tool.output, document, field, reason)) return "";
@@ -136,8 +142,8 @@ bool TellsError(const Json& answer) {
 Verdict Error(Subject& subject) {
   return EachReading(
       subject,
-      [](const Reading& reading, const authoring::ToolSpec&) {
-        return reading.answer.At("ok").BoolOr(true) || TellsError(reading.answer)
+      [](const Reading&, const Json& answer, const authoring::ToolSpec&) {
+        return answer.At("ok").BoolOr(true) || TellsError(answer)
                    ? ""
                    : "`error` with the texts `code` and `message`";
       });
@@ -154,15 +160,15 @@ bool IsBase64(const std::string& text) {
 Verdict Images(Subject& subject) {
   bool any = false;
   Verdict fault =
-      EachReading(subject, [&](const Reading& reading, const authoring::ToolSpec&) -> const char* {
-        const Json& result = reading.answer.At("result");
-        if (!Succeeded(reading) || !result.Has("images")) return "";
+      EachReading(subject, [&](const Reading&, const Json& answer, const authoring::ToolSpec&) {
+        const Json& result = answer.At("result");
+        if (!Succeeded(answer) || !result.Has("images")) return "";
         any = true;
         const auto& images = result.At("images").items;
         const bool good =
             !images.empty() && std::all_of(images.begin(), images.end(), [](const Json& image) {
-              return image.At("mime").text.starts_with("image/") &&
-                     IsBase64(image.At("data_base64").text);
+              const std::string mime = image.Has("mime") ? image.At("mime").text : "image/png";
+              return mime.starts_with("image/") && IsBase64(image.At("data_base64").text);
             });
         return good ? "" : "`images`, a list of {`mime`, `data_base64`}";
       });
@@ -281,7 +287,9 @@ constexpr auto kRules = std::to_array<Rule>({
     {"answer.error", "A failed answer has `error` with the texts `code` and `message`.",
      "hello.accepted", Error},
     {"answer.images",
-     "Each of `images` has `mime`, and `data_base64` with padding and without line breaks.",
+     "Each of `images` has `data_base64` with padding and without line breaks; `mime`, if there, "
+     "is "
+     "an image's.",
      "hello.accepted", Images},
     {"request.unknown", "An unknown operation is answered with `unsupported`.", "hello.accepted",
      UnknownOperation},

@@ -15,7 +15,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::int32_t kConnectMs = 3'000;  // As the server.
-constexpr std::size_t kShownBytes = 400;
+constexpr std::size_t kKeptBytes = 268'435'456;
 
 }  // namespace
 
@@ -33,7 +33,8 @@ Connection::Connection(const Subject& subject, std::string label)
 Verdict Connection::Connect() {
   std::string error;
   if (client.Connect(pipe, kConnectMs, error)) return std::nullopt;
-  return Finding{true, "a connection to the pipe " + pipe, error, "the editor lets it in"};
+  return Finding{true, "a connection to the pipe " + Shown(pipe, token), Shown(error, token),
+                 "the editor lets it in"};
 }
 
 Verdict Connection::Open() {
@@ -45,9 +46,10 @@ Verdict Connection::Open() {
 }
 
 Verdict Connection::Hello(const std::string& secret, std::string_view bridge, Exchange& exchange) {
-  sent[0] = core::WriteJson(
+  std::string line = core::WriteJson(
       Json::Object({{"id", 0}, {"op", "hello"}, {"token", secret}, {"bridge", bridge}}));
-  SendLine(sent[0]);
+  requests[0].sent = Shown(line, token);
+  SendLine(std::move(line));
   return Await(0, exchange);
 }
 
@@ -76,7 +78,7 @@ std::int64_t Connection::Send(Json message, const std::string& secret) {
   message.Set("id", Json::Int(id));
   message.Set("token", Json::Text(secret));
   std::string line = core::WriteJson(message);
-  sent[id] = Shown(line);
+  requests[id].sent = Shown(line, token);
   SendLine(std::move(line));
   return id;
 }
@@ -87,26 +89,31 @@ void Connection::SendLine(std::string line) {
   if (!client.Send(std::move(line), error) && end.empty()) end = error;
 }
 
-Verdict Connection::Await(std::int64_t id, Exchange& exchange, bool optional) {
+Verdict Connection::Await(std::int64_t id, Exchange& exchange) {
   const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(patience_ms);
-  exchange = {Shown(sent[id]), {}, {}};
+  const Request& request = requests[id];
+  exchange = {request.sent, {}, {}};
   bool open = true;
-  while (came[id].empty() && open && Clock::now() < deadline) open = Turn();
-  if (came[id].empty()) {
-    if (optional) return std::nullopt;
+  while (request.answers == 0 && open && Clock::now() < deadline) open = Turn();
+  if (request.answers == 0) {
     exchange.came = open ? "nothing within " + std::to_string(patience_ms) + " ms"
                          : "the end of the connection (" + end + ")";
     return exchange.Require(false, "an answer with the id " + std::to_string(id));
   }
-  exchange.came = Shown(came[id].front());
+  exchange.came = Shown(request.answer, token);
   std::string ignored;
-  core::ParseJson(came[id].front(), exchange.answer, ignored);
+  core::ParseJson(request.answer, exchange.answer, ignored);
   return std::nullopt;
 }
 
 std::size_t Connection::CountAnswers(std::int64_t id) const {
-  const auto found = came.find(id);
-  return found == came.end() ? 0 : found->second.size();
+  const auto found = requests.find(id);
+  return found == requests.end() ? 0 : found->second.answers;
+}
+
+std::string Connection::AnswerLine(std::int64_t id) const {
+  const auto found = requests.find(id);
+  return found == requests.end() ? "" : found->second.answer;
 }
 
 bool Connection::AwaitEnd() {
@@ -120,28 +127,24 @@ bool Connection::Turn() {
   core::Lines lines;
   std::string error;
   const bool open = client.Receive(lines, error);
-  for (std::string& line : lines) {
-    Json message;
-    std::string ignored;
-    if (core::ParseJson(line, message, ignored) && message.At("id").IsInteger())
-      came[message.At("id").IntOr(0)].push_back(std::move(line));
-  }
+  for (std::string& line : lines) Take(std::move(line));
   if (!open && end.empty()) end = error;
   if (open && lines.empty()) core::SleepMilliseconds(1);
-  return open;
+  if (kept_bytes <= kKeptBytes) return open;
+  // An editor may answer anything, and must not fill the memory by it.
+  client.Close();
+  end = "the answers take more than " + std::to_string(kKeptBytes) + " bytes";
+  return false;
 }
 
-std::string Connection::Shown(std::string_view text) const {
-  std::string shown(text.substr(0, kShownBytes));
-  // A character isn't shown in part.
-  while (shown.size() < text.size() && !shown.empty() &&
-         (static_cast<unsigned char>(text[shown.size()]) & 0xC0U) == 0x80U)
-    shown.pop_back();
-  const bool cut = shown.size() < text.size();
-  if (const std::size_t at = shown.find(token); !token.empty() && at != std::string::npos)
-    shown.replace(at, token.size(), "<token>");
-  if (cut) shown += "... (" + std::to_string(text.size()) + " bytes)";
-  return shown;
+void Connection::Take(std::string line) {
+  Json message;
+  std::string ignored;
+  if (!core::ParseJson(line, message, ignored) || !message.At("id").IsInteger()) return;
+  const auto found = requests.find(message.At("id").IntOr(0));
+  if (found == requests.end() || ++found->second.answers > 1) return;
+  kept_bytes += line.size();
+  found->second.answer = std::move(line);
 }
 
 }  // namespace zorvik::editor_check

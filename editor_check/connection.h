@@ -5,7 +5,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "core/json.h"
 #include "core/local_pipe/client.h"
@@ -51,18 +50,26 @@ class Connection {
   std::int64_t Send(core::Json message, const std::string& token);
   // Sends any line.
   void SendLine(std::string line);
-  // Waits for the answer to that request. With `optional` none is no failure.
-  Verdict Await(std::int64_t id, Exchange& exchange, bool optional = false);
+  // Waits for the answer to that request.
+  Verdict Await(std::int64_t id, Exchange& exchange);
   // How many answers with that id have come so far.
   std::size_t CountAnswers(std::int64_t id) const;
+  // The first of them, the whole line; empty when none has come.
+  std::string AnswerLine(std::int64_t id) const;
   // Waits for the editor to close the connection. False if it doesn't.
   bool AwaitEnd();
-  // The text as a report shows it: without the token, and not too long.
-  std::string Shown(std::string_view text) const;
 
  private:
+  struct Request {
+    std::string sent;    // As a report shows it.
+    std::string answer;  // The line of the first answer.
+    std::size_t answers = 0;
+  };
+
   // Takes in what has come, or waits a moment. False when the connection has ended.
   bool Turn();
+  // Keeps the line if it answers a request.
+  void Take(std::string line);
 
   std::string pipe;
   std::string token;
@@ -70,9 +77,9 @@ class Connection {
   std::uint32_t patience_ms;
   core::LocalPipeClient client;
   std::int64_t next_id = 1;
-  std::map<std::int64_t, std::string> sent;
-  std::map<std::int64_t, std::vector<std::string>> came;
-  std::string end;  // Why the connection has ended.
+  std::map<std::int64_t, Request> requests;  // By id.
+  std::size_t kept_bytes = 0;                // Of answers.
+  std::string end;                           // Why the connection has ended.
 };
 
 }  // namespace zorvik::editor_check

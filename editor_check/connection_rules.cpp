@@ -24,7 +24,6 @@ namespace {
 constexpr std::size_t kLongLine = 1'048'576;
 // Such pieces cut characters of three bytes too.
 constexpr std::size_t kPiece = 5;
-constexpr std::size_t kShownBytes = 200;
 constexpr std::uint32_t kBusyWaitMs = 1'000;
 
 Verdict HelloAccepted(Subject& subject) {
@@ -80,9 +79,11 @@ Verdict RequestToken(Subject& subject) {
   Connection connection(subject);
   if (Verdict fault = connection.Open()) return fault;
   Exchange exchange;
-  const std::int64_t id = connection.Send(
-      Json::Object({{"op", "world.info"}, {"args", Json::Object()}, {"client", "zorvik"}}),
-      "zorvik_editor_check");
+  const std::int64_t id = connection.Send(Json::Object({{"op", "world.info"},
+                                                        {"args", Json::Object()},
+                                                        {"client", "zorvik_editor_check"},
+                                                        {"deadline_ms", subject.patience_ms}}),
+                                          "zorvik_editor_check");
   if (Verdict fault = connection.Await(id, exchange)) return fault;
   return exchange.Require(!exchange.Ok() && exchange.Code() == "unauthorized",
                           "`ok` false with the code `unauthorized`");
@@ -131,8 +132,9 @@ bool WritePieces(core::platform::PipeEnd& end, std::string_view bytes, std::size
 // Below the lines of LocalPipeClient, which are always whole.
 Verdict LinesCut(Subject& subject) {
   constexpr int kRequests = 6;
-  const auto deadline =
-      std::chrono::steady_clock::now() + std::chrono::milliseconds(subject.patience_ms);
+  // For the writing and for the reading: the pieces are many, and a busy machine makes each late.
+  const auto patience = std::chrono::milliseconds(subject.patience_ms);
+  auto deadline = std::chrono::steady_clock::now() + patience;
   const auto request = [&](int id) {
     return core::WriteJson(Json::Object({{"id", id},
                                          {"op", id == 0 ? "hello" : "world.info"},
@@ -166,6 +168,7 @@ Verdict LinesCut(Subject& subject) {
       !WritePieces(end, rest.substr(0, in_the_middle), rest.size(), deadline) ||
       !WritePieces(end, rest.substr(in_the_middle), rest.size(), deadline))
     return fail("the end of the connection, or of the editor's reading");
+  deadline = std::chrono::steady_clock::now() + patience;
   core::LineBuffer buffer;
   std::set<std::int64_t> answered;
   while (answered.size() < kRequests && std::chrono::steady_clock::now() < deadline) {
@@ -181,12 +184,12 @@ Verdict LinesCut(Subject& subject) {
         end.FinishRead(bytes, subject.patience_ms) != core::platform::Progress::Done)
       break;
     buffer.Append(bytes);
-    core::TakeLines(buffer, lines);
+    if (!core::TakeLines(buffer, lines)) return fail("a line of more than 16 MiB");
     for (const std::string& line : lines) {
       Json answer;
       std::string error;
       if (!core::ParseJson(line, answer, error) || !answer.At("id").IsInteger()) continue;
-      if (!answer.At("ok").BoolOr(false)) return fail(line.substr(0, kShownBytes));
+      if (!answer.At("ok").BoolOr(false)) return fail(Shown(line, subject.Text("token")));
       answered.insert(answer.At("id").IntOr(-1));
     }
   }
@@ -207,14 +210,12 @@ Verdict LineOf(Subject& subject, std::size_t bytes) {
                                {"deadline_ms", subject.patience_ms},
                                {"padding", ""}});
   const std::size_t around = core::WriteJson(request).size();
+  if (around > bytes) return NotTried("the token leaves no room in such a line");
   request.Set("padding", Json::Text(std::string(bytes - around, 'x')));
-  connection.SendLine(core::WriteJson(request));
   Exchange exchange;
-  Verdict fault = connection.Await(1, exchange);
-  // It isn't in the connection's own books.
-  exchange.sent = "world.info in a line of " + std::to_string(bytes) + " bytes";
-  if (fault) fault->sent = exchange.sent;
-  return fault ? fault : exchange.Require(exchange.Ok(), "`ok` true");
+  const std::int64_t id = connection.Send(std::move(request), subject.Text("token"));
+  if (Verdict fault = connection.Await(id, exchange)) return fault;
+  return exchange.Require(exchange.Ok(), "`ok` true");
 }
 
 Verdict LinesLong(Subject& subject) {

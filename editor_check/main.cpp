@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdio>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "core/platform/streams.h"
@@ -57,8 +58,9 @@ bool ReadOptions(const std::vector<std::string>& arguments, Options& options) {
       ++at;
     } else if (name == "--patience") {
       const char* const end = value.data() + value.size();
-      if (value.empty() || std::from_chars(value.data(), end, options.patience_s).ptr != end ||
-          options.patience_s < 1 || options.patience_s > kLongestPatience)
+      const auto [rest, failure] = std::from_chars(value.data(), end, options.patience_s);
+      if (failure != std::errc() || rest != end || options.patience_s < 1 ||
+          options.patience_s > kLongestPatience)
         return false;
       ++at;
     } else {
@@ -83,7 +85,7 @@ int Check(const Options& options) {
   subject.patience_ms = options.patience_s * 1'000;
   if (options.changes)
     std::fprintf(stderr, "The world that is open in %s gets changed and may be spoilt.\n",
-                 subject.Text("editor_id").c_str());
+                 Shown(subject.Text("editor_id"), "").c_str());
   bool broken = false;
   const std::vector<Result> results = Run(subject, options.changes, [&](const Result& result) {
     broken = broken || result.Failed();

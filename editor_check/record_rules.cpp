@@ -2,10 +2,10 @@
 #include <string>
 
 #include "authoring/protocols.h"
-#include "core/local_pipe/client.h"
 #include "core/platform/files.h"
 #include "core/platform/privacy.h"
 #include "core/process.h"
+#include "editor_check/connection.h"
 #include "editor_check/rules.h"
 
 namespace zorvik::editor_check {
@@ -15,15 +15,15 @@ using core::Json;
 namespace {
 
 constexpr std::size_t kLongestId = 64;
-constexpr std::int32_t kConnectMs = 3'000;
 
 std::string Path(const Subject& subject) {
   return core::platform::PathText(subject.file);
 }
 
-Verdict Require(const Subject& subject, bool kept, std::string came, std::string expected) {
+Verdict Require(const Subject& subject, bool kept, const std::string& came, std::string expected) {
   if (kept) return std::nullopt;
-  return Finding{true, "a look at " + Path(subject), std::move(came), std::move(expected)};
+  return Finding{true, "a look at " + Path(subject), Shown(came, subject.Text("token")),
+                 std::move(expected)};
 }
 
 std::string Pair(const Subject& subject, const char* key) {
@@ -33,7 +33,7 @@ std::string Pair(const Subject& subject, const char* key) {
 
 Verdict Keys(Subject& subject) {
   if (subject.record.kind != Json::Kind::Object)
-    return Require(subject, false, subject.text.substr(0, kLongestId), "one JSON object");
+    return Require(subject, false, subject.text, "one JSON object");
   for (const char* key : {"editor_id", "pipe", "token", "bridge"}) {
     const Json& value = subject.record.At(key);
     if (Verdict fault = Require(subject, value.kind == Json::Kind::Text && !value.text.empty(),
@@ -88,7 +88,7 @@ Verdict Bridge(Subject& subject) {
 
 Verdict Private(const std::filesystem::path& path, const std::string& expected) {
   const std::optional<std::string> rights = core::platform::RightsOfOthers(path);
-  if (!rights) return NotTried("this system has no modes of files");
+  if (!rights) return NotTried("there is no mode to look at");
   if (rights->empty()) return std::nullopt;
   return Finding{true, "a look at " + core::platform::PathText(path), *rights, expected};
 }
@@ -112,11 +112,7 @@ Verdict PipeName(Subject& subject) {
 }
 
 Verdict PipeServed(Subject& subject) {
-  core::LocalPipeClient client;
-  std::string error;
-  if (client.Connect(subject.Text("pipe"), kConnectMs, error)) return std::nullopt;
-  return Finding{true, "a connection to the pipe " + subject.Text("pipe"), error,
-                 "the editor lets it in"};
+  return Connection(subject).Connect();
 }
 
 constexpr auto kRules = std::to_array<Rule>({

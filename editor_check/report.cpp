@@ -33,8 +33,9 @@ const char* KindWord(authoring::ToolKind kind) {
 }  // namespace
 
 std::string TextReport(const Subject& subject, const std::vector<Result>& results) {
-  std::string text = "Editor " + subject.Text("editor_id") + ", process " +
-                     std::to_string(subject.Pid()) + ", world " + subject.Text("world") + "\n";
+  std::string text = "Editor " + Shown(subject.Text("editor_id"), "") + ", process " +
+                     std::to_string(subject.Pid()) + ", world " + Shown(subject.Text("world"), "") +
+                     "\n";
   const RuleGroup* group = nullptr;
   for (const Result& result : results) {
     if (group != result.group) text += "\n" + std::string(result.group->name) + "\n";

@@ -1,6 +1,7 @@
 #include "editor_check/subject.h"
 
 #include <algorithm>
+#include <cctype>
 #include <system_error>
 #include <utility>
 
@@ -9,6 +10,37 @@
 #include "core/process.h"
 
 namespace zorvik::editor_check {
+
+namespace {
+
+constexpr std::size_t kShownBytes = 400;
+constexpr std::string_view kTokenShown = "<token>";
+
+// At most so many bytes from the start, and no character in part.
+std::string_view Start(std::string_view text, std::size_t bytes) {
+  if (text.size() <= bytes) return text;
+  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0U) == 0x80U) --bytes;
+  return text.substr(0, bytes);
+}
+
+}  // namespace
+
+std::string Shown(std::string_view text, const std::string& token) {
+  // With room for a token across the cut, since a part of it wouldn't be found.
+  const std::string_view window = Start(text, kShownBytes + token.size());
+  std::string shown(window);
+  for (std::size_t at = 0; !token.empty() && (at = shown.find(token, at)) != std::string::npos;
+       at += kTokenShown.size())
+    shown.replace(at, token.size(), kTokenShown);
+  const bool cut = window.size() < text.size() || shown.size() > kShownBytes;
+  shown.resize(Start(shown, kShownBytes).size());
+  // An editor's text must not steer the terminal, nor pass for a line of the report.
+  std::replace_if(
+      shown.begin(), shown.end(),
+      [](char letter) { return std::iscntrl(static_cast<unsigned char>(letter)) != 0; }, ' ');
+  if (cut) shown += "... (" + std::to_string(text.size()) + " bytes)";
+  return shown;
+}
 
 std::vector<Subject> ListSubjects() {
   std::vector<Subject> subjects;
@@ -51,7 +83,7 @@ bool ChooseSubject(std::vector<Subject>& subjects, const std::string& wanted, st
   error = std::to_string(subjects.size()) + " editors have a record in " + folder +
           "; name one with --editor:";
   for (const Subject& subject : subjects)
-    error += " " + subject.Text("editor_id") + " (" +
+    error += " " + Shown(subject.Text("editor_id"), "") + " (" +
              core::platform::PathText(subject.file.filename()) + ")";
   return false;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/json.h"
@@ -14,8 +15,8 @@ struct Reading {
   std::string operation;
   core::Json args;
   std::string sent;
-  std::string came;   // Empty: no answer.
-  core::Json answer;  // Null: no answer.
+  std::string came;  // As a report shows it.
+  std::string line;  // Whole, since a document takes many times the memory; empty: no answer.
 };
 
 // The editor that is looked at, as its record's file tells it.
@@ -29,6 +30,9 @@ struct Subject {
   std::string Text(std::string_view key) const { return record.At(key).TextOr(""); }
   std::uint32_t Pid() const { return static_cast<std::uint32_t>(record.At("pid").IntOr(0)); }
 };
+
+// A text of the editor's as reports show it: on one line, not too long, without the token.
+std::string Shown(std::string_view text, const std::string& token);
 
 // All files in the registry's folder, those that no server would list included, in path order.
 std::vector<Subject> ListSubjects();

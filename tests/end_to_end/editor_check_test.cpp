@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 #include <set>
 #include <sstream>
@@ -11,6 +12,7 @@
 
 #include "core/json.h"
 #include "tests/support/editor_process.h"
+#include "tests/support/mcp_client.h"
 #include "tests/support/temporary_home.h"
 
 namespace zorvik::tests {
@@ -40,8 +42,13 @@ std::map<std::string, std::set<std::string>> Judge(int expected_status) {
       {.program = "zorvik_editor_check", .arguments = {"--changes", "--json", "--patience", "20"}});
   Json report;
   std::string error;
-  EXPECT_TRUE(core::ParseJson(process.ReadToEnd(), report, error)) << error;
+  const std::string text = process.ReadToEnd();
+  EXPECT_TRUE(core::ParseJson(text, report, error)) << error;
   EXPECT_EQ(process.Wait(), expected_status);
+  for (const auto& file : std::filesystem::directory_iterator(core::McpHome() / "editors")) {
+    const std::string token = Parse(ReadText(file)).At("token").text;
+    EXPECT_TRUE(token.empty() || text.find(token) == std::string::npos);
+  }
   std::map<std::string, std::set<std::string>> rules;
   for (const Json& rule : report.At("rules").items) {
     rules[rule.At("status").text].insert(rule.At("id").text);

@@ -193,13 +193,15 @@ const BridgeFault kFaults[] = {
     {.name = "answer.given", .request = Lost(Operation("jobs.list"))},
     {.name = "answer.given/id", .reply = Member("jobs.list", "id", Json::Int(1'000'000))},
     {.name = "answer.ok", .reply = Member("jobs.list", "ok", Json::Text("sim"))},
+    // Tells the token twice, too, which no report may.
     {.name = "answer.ok/fails",
      .reply =
-         [](BrokenEditor&, const Json& request, Reply& reply) {
+         [](BrokenEditor& editor, const Json& request, Reply& reply) {
+           const std::string told = editor.token + " " + editor.token;
            if (Is(request, "water.list"))
              reply.message = Json::Object({{"id", request.At("id")},
                                            {"ok", false},
-                                           {"error", authoring::ErrorBody("x", "x", "", Json())}});
+                                           {"error", authoring::ErrorBody("x", told, "", Json())}});
          }},
     {.name = "answer.revision", .reply = Member("jobs.list", "revision", Json::Text("1"))},
     {.name = "answer.result", .reply = Member("water.list", "result", Json::Object({{"agua", 1}}))},
