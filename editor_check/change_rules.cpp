@@ -15,6 +15,11 @@ namespace {
 
 constexpr double kNear = 0.01;  // Editors round lengths.
 constexpr std::int64_t kNoObject = 2'147'483'647;
+constexpr int kPages = 100;  // Of 200 objects each.
+
+bool Lacks(const Verdict& verdict) {
+  return verdict && !verdict->tried;
+}
 
 // A client at work on an object of its own.
 class Author {
@@ -51,18 +56,30 @@ class Author {
   Verdict Create(Exchange& exchange) { return Create(CreateArgs(), exchange); }
   Verdict Create(Json args, Exchange& exchange) {
     if (Verdict fault = connection.Do("objects.create", std::move(args), exchange)) return fault;
-    id = exchange.Result().At("created")[0].At("id").IntOr(0);
-    base = exchange.Revision();
+    Adopt(exchange);
     return exchange.Require(id > 0, "`result.created`, a list of {`id`}");
+  }
+  // Takes what was created for its own object.
+  void Adopt(const Exchange& created) {
+    id = created.Result().At("created")[0].At("id").IntOr(0);
+    creation = created.Result().At("transaction").At("id");
+    base = created.Revision();
   }
 
   Json UpdateArgs(double to) const {
     return Json::Object({{"updates", Json::Array({Json::Object({{"id", id}, {"x", to}})})},
                          {"base_revision", base}});
   }
-  Json DeleteArgs() const {
-    return Json::Object({{"ids", Json::Array({id})}, {"base_revision", base}});
+  Verdict Update(double to, Exchange& exchange) {
+    return connection.Do("objects.update", UpdateArgs(to), exchange);
   }
+  Verdict Delete(Exchange& exchange) {
+    return connection.Do("objects.delete",
+                         Json::Object({{"ids", Json::Array({id})}, {"base_revision", base}}),
+                         exchange);
+  }
+  // An `x` so far from its own. Toward the middle, since the world may end on the other side.
+  double Beside(double by) const { return x > 0 ? x - by : x + by; }
 
   Verdict Revert(const Exchange& change) {
     const Json& transaction = change.Result().At("transaction").At("id");
@@ -73,13 +90,31 @@ class Author {
     return connection.Do("history.revert", Json::Object({{"transaction", transaction}}), exchange);
   }
 
+  // Reads its object, by objects.get or, from an editor that lacks it, by objects.query. A null
+  // when there is none.
+  Verdict Find(Json& object, Exchange& read) {
+    Verdict fault = connection.Do("objects.get", Json::Object({{"ids", Json::Array({id})}}), read);
+    object = read.Result().At("objects")[0];
+    if (!Lacks(fault)) return fault;
+    Json args = Json::Object({{"limit", 200}});
+    for (int page = 0; page < kPages; ++page) {
+      fault = connection.Do("objects.query", args, read);
+      if (Lacks(fault)) return NotTried("the editor has neither objects.get nor objects.query");
+      if (fault) return fault;
+      for (const Json& one : read.Result().At("objects").items)
+        if (one.At("id").IntOr(0) == id) object = one;
+      const std::string& cursor = read.Result().At("next_cursor").text;
+      if (cursor.empty() || object.kind == Json::Kind::Object) return std::nullopt;
+      args.Set("cursor", Json::Text(cursor));
+    }
+    return NotTried("there are too many objects to look for one without objects.get");
+  }
+
   // Whether the object stands at `at`; NaN: whether there is none. `change` is blamed if not.
   Verdict Expect(const Exchange& change, double at) {
     Exchange read;
-    if (Verdict fault =
-            connection.Do("objects.get", Json::Object({{"ids", Json::Array({id})}}), read))
-      return fault;
-    const Json& object = read.Result().At("objects")[0];
+    Json object;
+    if (Verdict fault = Find(object, read)) return fault;
     const bool gone = object.kind != Json::Kind::Object;
     if (std::isnan(at) ? gone : !gone && std::fabs(object.At("x").number - at) < kNear)
       return std::nullopt;
@@ -98,8 +133,9 @@ class Author {
   // Takes the object away again, as well as it goes.
   void Clean() {
     WorldRevision(base);
-    Exchange ignored;
-    connection.Ask("objects.delete", DeleteArgs(), ignored);
+    Exchange exchange;
+    if (Lacks(Delete(exchange)))
+      connection.Ask("history.revert", Json::Object({{"transaction", creation}}), exchange);
   }
 
   Connection connection;
@@ -107,6 +143,7 @@ class Author {
   double x = 0;
   double z = 0;
   std::int64_t id = 0;
+  Json creation;          // The transaction's id.
   std::int64_t base = 0;  // The revision that it has read.
 };
 
@@ -133,8 +170,8 @@ Verdict Updated(Subject& subject) {
       subject,
       [](Author& author, const Exchange& /*created*/) {
         Exchange exchange;
-        const double to = author.x + 1;
-        Verdict fault = author.connection.Do("objects.update", author.UpdateArgs(to), exchange);
+        const double to = author.Beside(1);
+        Verdict fault = author.Update(to, exchange);
         return fault ? fault : author.Expect(exchange, to);
       });
 }
@@ -144,7 +181,7 @@ Verdict Deleted(Subject& subject) {
       subject,
       [](Author& author, const Exchange& /*created*/) {
         Exchange exchange;
-        Verdict fault = author.connection.Do("objects.delete", author.DeleteArgs(), exchange);
+        Verdict fault = author.Delete(exchange);
         return fault ? fault : author.Expect(exchange, NAN);
       });
 }
@@ -152,25 +189,24 @@ Verdict Deleted(Subject& subject) {
 Verdict Reverted(Subject& subject) {
   return WithObject(
       subject,
-      [](Author& author, const Exchange& /*created*/) -> Verdict {
-        // A change and its undoing, and where the object stands then.
+      [](Author& author, const Exchange& created) -> Verdict {
+        // Undoes a change and looks where the object stands then.
         const auto undo = [&](const Exchange& change, double at) -> Verdict {
           if (Verdict fault = author.Revert(change)) return fault;
           return author.Expect({"history.revert of " + change.sent, {}, {}}, at);
         };
+        if (Verdict fault = undo(created, NAN)) return fault;
         Exchange exchange;
-        if (Verdict fault =
-                author.connection.Do("objects.update", author.UpdateArgs(author.x + 1), exchange))
-          return fault;
-        if (Verdict fault = undo(exchange, author.x)) return fault;
-        if (Verdict fault = author.WorldRevision(author.base)) return fault;
-        if (Verdict fault = author.connection.Do("objects.delete", author.DeleteArgs(), exchange))
-          return fault;
-        if (Verdict fault = undo(exchange, author.x)) return fault;
-        // The object of `created` isn't as that left it, so another one goes.
-        author.Clean();
         if (Verdict fault = author.Create(exchange)) return fault;
-        return undo(exchange, NAN);
+        for (const bool update : {true, false}) {
+          Verdict fault =
+              update ? author.Update(author.Beside(1), exchange) : author.Delete(exchange);
+          if (Lacks(fault)) continue;
+          if (!fault) fault = undo(exchange, author.x);
+          if (!fault) fault = author.WorldRevision(author.base);
+          if (fault) return fault;
+        }
+        return std::nullopt;
       });
 }
 
@@ -199,12 +235,14 @@ Verdict BaseRevision(Subject& subject) {
   return WithObject(
       subject,
       [](Author& author, const Exchange& /*created*/) -> Verdict {
-        Json args = author.UpdateArgs(author.x + 1);
+        Json args = author.UpdateArgs(author.Beside(1));
         std::erase_if(
             args.fields, [](const Json::Field& field) { return field.first == "base_revision"; });
         Exchange exchange;
         if (Verdict fault = author.connection.Ask("objects.update", std::move(args), exchange))
           return fault;
+        if (exchange.Code() == "unsupported")
+          return NotTried("the editor doesn't have objects.update");
         if (Verdict fault =
                 exchange.Require(!exchange.Ok() && exchange.Code() == "base_revision_required",
                                  "`ok` false with the code `base_revision_required`"))
@@ -222,16 +260,14 @@ Verdict Conflict(Subject& subject) {
         other.id = author.id;
         other.base = created.Revision();
         Exchange exchange;
-        if (Verdict fault =
-                other.connection.Do("objects.update", other.UpdateArgs(author.x + 1), exchange))
-          return fault;
-        if (Verdict fault =
-                author.connection.Ask("objects.update", author.UpdateArgs(author.x + 2), exchange))
+        if (Verdict fault = other.Update(author.Beside(1), exchange)) return fault;
+        if (Verdict fault = author.connection.Ask("objects.update",
+                                                  author.UpdateArgs(author.Beside(2)), exchange))
           return fault;
         if (Verdict fault = exchange.Require(!exchange.Ok() && exchange.Code() == "conflict",
                                              "`ok` false with the code `conflict`"))
           return fault;
-        return author.Expect(exchange, author.x + 1);
+        return author.Expect(exchange, author.Beside(1));
       });
 }
 
@@ -272,27 +308,31 @@ Verdict Batch(Subject& subject) {
 }
 
 Verdict RevisionGrows(Subject& subject) {
-  return WithObject(
-      subject,
-      [](Author& author, const Exchange& created) -> Verdict {
-        std::int64_t last = created.Revision();
-        Exchange exchange;
-        for (const char* operation : {"objects.update", "objects.delete"}) {
-          const bool update = operation == std::string_view("objects.update");
-          if (Verdict fault = author.connection.Do(
-                  operation, update ? author.UpdateArgs(author.x + 1) : author.DeleteArgs(),
-                  exchange))
-            return fault;
-          if (Verdict fault = exchange.Require(exchange.Revision() > last,
-                                               "a `revision` above " + std::to_string(last)))
-            return fault;
-          last = exchange.Revision();
-        }
-        if (Verdict fault = author.connection.Ask("world.info", Json::Object(), exchange))
-          return fault;
-        return exchange.Require(exchange.Revision() >= last,
-                                "a `revision` of " + std::to_string(last) + " or above");
-      });
+  std::int64_t last = 0;
+  {
+    Connection connection(subject);
+    Exchange exchange;
+    if (Verdict fault = connection.Open()) return fault;
+    if (Verdict fault = connection.Ask("world.info", Json::Object(), exchange)) return fault;
+    last = exchange.Revision();
+  }
+  return WithObject(subject, [&](Author& author, Exchange& exchange) -> Verdict {
+    // The creation, then what else the editor has.
+    for (const int change : {0, 1, 2}) {
+      Verdict fault;
+      if (change == 1) fault = author.Update(author.Beside(1), exchange);
+      if (change == 2) fault = author.Delete(exchange);
+      if (Lacks(fault)) continue;
+      if (!fault)
+        fault = exchange.Require(exchange.Revision() > last,
+                                 "a `revision` above " + std::to_string(last));
+      if (fault) return fault;
+      last = exchange.Revision();
+    }
+    if (Verdict fault = author.connection.Ask("world.info", Json::Object(), exchange)) return fault;
+    return exchange.Require(exchange.Revision() >= last,
+                            "a `revision` of " + std::to_string(last) + " or above");
+  });
 }
 
 Verdict TwoClients(Subject& subject) {
@@ -308,8 +348,8 @@ Verdict TwoClients(Subject& subject) {
   const std::int64_t second_id = other.connection.Begin("objects.create", args);
   if (Verdict fault = one.connection.Await(first_id, first)) return fault;
   if (Verdict fault = other.connection.Await(second_id, second)) return fault;
-  one.id = first.Result().At("created")[0].At("id").IntOr(0);
-  other.id = second.Result().At("created")[0].At("id").IntOr(0);
+  one.Adopt(first);
+  other.Adopt(second);
   one.Clean();
   if (other.id != one.id) other.Clean();
   return second.Require(one.id > 0 && other.id > 0 && one.id != other.id,
@@ -323,7 +363,9 @@ constexpr auto kRules = std::to_array<Rule>({
      Updated},
     {"change.delete", "An object that was deleted is gone.", "change.create", Deleted},
     {"change.revert",
-     "`history.revert` takes a creation, an update and a deletion back, by `transaction.id`.",
+     "`history.revert` takes a creation back by `transaction.id`, and an update and a deletion "
+     "where "
+     "the editor has them.",
      "change.create", Reverted},
     {"change.request_id",
      "A repeated `request_id` gets the stored answer, and nothing is applied again.",

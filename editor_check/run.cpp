@@ -38,7 +38,7 @@ std::vector<Result> Run(Subject& subject, bool with_changes,
       if (group.changes && !with_changes)
         verdict = NotTried("it changes the world, which needs --changes");
       else if (!missing.empty())
-        verdict = NotTried("needs " + missing);
+        verdict = NotTried("it needs " + missing + ", which didn't pass");
       else if (!lost.empty())
         verdict = NotTried("the editor lets nobody in since " + std::string(lost));
       else
