@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -22,8 +23,9 @@ using core::Json;
 namespace {
 
 constexpr std::size_t kLongLine = 1'048'576;
-// Such pieces cut characters of three bytes too.
+// Such pieces cut characters of three bytes too. A long token makes them larger.
 constexpr std::size_t kPiece = 5;
+constexpr std::size_t kMostPieces = 200;
 constexpr std::uint32_t kBusyWaitMs = 1'000;
 
 Verdict HelloAccepted(Subject& subject) {
@@ -164,7 +166,9 @@ Verdict LinesCut(Subject& subject) {
   if (code != core::platform::kNoError) return fail("the pipe doesn't open");
   std::string rest = request(2) + request(3) + "\r\n" + request(4) + request(5);
   const std::size_t in_the_middle = rest.size() - request(5).size() / 2;
-  if (!WritePieces(end, request(0) + request(1), kPiece, deadline) ||
+  const std::string first = request(0) + request(1);
+  const std::size_t piece = std::max(kPiece, first.size() / kMostPieces);
+  if (!WritePieces(end, first, piece, deadline) ||
       !WritePieces(end, rest.substr(0, in_the_middle), rest.size(), deadline) ||
       !WritePieces(end, rest.substr(in_the_middle), rest.size(), deadline))
     return fail("the end of the connection, or of the editor's reading");
