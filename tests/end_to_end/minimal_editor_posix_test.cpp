@@ -52,8 +52,9 @@ TEST_P(MinimalEditorTest, WorksWithTheServerAndLeavesNothingBehind) {
     EXPECT_EQ(Outcome(client.Call("roads_list")), "unsupported");
     EXPECT_EQ(Outcome(client.Call("objects_query", R"({"name":"rocha"})")), "unsupported");
   }
-  ChildProcess judge(
-      {.program = "zorvik_editor_check", .arguments = {"--changes"}, .error_file = "/dev/null"});
+  ChildProcess judge({.program = "zorvik_editor_check",
+                      .arguments = {"--changes", "--patience", "20"},
+                      .error_file = "/dev/null"});
   EXPECT_NE(judge.ReadToEnd().find("passed     change.revert "), std::string::npos);
   EXPECT_EQ(judge.Wait(), 0);
 
