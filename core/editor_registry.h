@@ -31,8 +31,8 @@ std::filesystem::path McpHome();
 
 // The records of live editors, ascending by pid, from the folder `editors` under McpHome(). Files
 // of editors whose process is gone and whose pipe nobody serves are deleted on the way; whatever
-// can't be read, or could be the work of others, is left out and left alone. Never hangs and reports
-// no failure.
+// can't be read, or could be the work of others, is left out and left alone. Never hangs and
+// reports no failure.
 std::vector<EditorRecord> ListEditorRecords();
 
 // Publishes the record in its file, named by its pid, durably and for this user alone, as
