@@ -6,7 +6,8 @@
 namespace zorvik::authoring {
 
 inline constexpr const char* kServerName = "zorvik-mcp";
-inline constexpr const char* kServerVersion = "0.1.0";
+// The version of the project, as CMakeLists.txt has it.
+extern const char* const kServerVersion;
 // The MCP version that needs no handshake.
 inline constexpr const char* kNewestProtocol = "2026-07-28";
 inline constexpr const char* kBridgeProtocol = "zorvik-bridge/1";

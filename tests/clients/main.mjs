@@ -19,12 +19,13 @@ const { values: options, positionals: wanted } = parseArgs({
   allowPositionals: true,
   options: {
     server: { type: 'string', default: join(root, 'build/release/bin/zorvik_mcp') },
-    editor: { type: 'string', default: join(root, 'build/release/bin/zorvik_sample_editor') },
+    editor: { type: 'string' },
     screenshot: { type: 'string', default: join(root, 'build/clients/inspector.png') },
     update: { type: 'boolean', default: false },
   },
 });
 const server = resolve(options.server);
+const editorProgram = resolve(options.editor ?? join(dirname(server), 'zorvik_sample_editor'));
 const version = (name) => JSON.parse(readFileSync(join(modules, name, 'package.json'), 'utf8')).version;
 
 // Starts a program of a client, or another; its output, both streams in one, stays in the record.
@@ -93,7 +94,7 @@ async function play(client) {
   Object.assign(record, { results: 0, calls: 0, tools: 0, problems: [] });
   const context = { place, home, record, server, screenshot: options.screenshot, evidence: [] };
   context.folder = join(place, 'work');
-  context.keepsInput = [options.editor, 'mcp-inspector'];
+  context.keepsInput = [editorProgram, 'mcp-inspector'];
   context.environment = {
     PATH: `${dirname(process.execPath)}:${process.env.PATH}`,
     LANG: 'C.UTF-8',
@@ -107,7 +108,7 @@ async function play(client) {
   for (const folder of ['mcp', 'tmp', 'work']) mkdirSync(join(place, folder));
   mkdirSync(dirname(options.screenshot), { recursive: true });
   const began = Date.now();
-  const editor = context.start(options.editor, ['--id', 'vale']);
+  const editor = context.start(editorProgram, ['--id', 'vale']);
   try {
     await editor.says(/^pronto vale/);
     await (client.drive ?? ((all) => driveModelClient(client, all)))(context);
