@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <map>
 #include <set>
 #include <string>
@@ -44,44 +43,6 @@ TEST(EditorsTest, TwoServersAndTwoEditorsKeepTheirAnswersApart) {
   }
   EXPECT_EQ(*revisions.begin(), 2);
   EXPECT_EQ(*revisions.rbegin(), 1 + 2 * static_cast<std::int64_t>(kCalls));
-}
-
-TEST(EditorsTest, DeathEndsExactlyItsOwnCalls) {
-  const TemporaryHome home;
-  EditorProcess dying("a", {"never=world.info"});
-  EditorProcess other("b", {"late=world.info"});
-  McpClient client;
-  const std::int64_t elsewhere = client.BeginCall("world_info", At("b"));
-  const Ids lost = {client.BeginCall("world_info", At("a")),
-                    client.BeginCall("world_info", At("a"))};
-  // Once this has its answer, the calls before it have reached the editor too.
-  EXPECT_EQ(Outcome(client.Call("world_summary", At("a"))), "ok");
-  dying.Kill();
-  for (const std::int64_t id : lost)
-    EXPECT_EQ(Outcome(client.Answer(id).At("result")), "editor_disconnected");
-  EXPECT_EQ(Outcome(client.Answer(elsewhere).At("result")), "ok");
-
-  // What the dead one left behind goes with the next look, and the one that lives is found alone.
-  EXPECT_TRUE(std::filesystem::exists(dying.RecordPath()));
-  EXPECT_EQ(Outcome(client.Call("world_summary")), "ok");
-  EXPECT_FALSE(std::filesystem::exists(dying.RecordPath()));
-  EXPECT_TRUE(std::filesystem::exists(other.RecordPath()));
-}
-
-TEST(EditorsTest, CancelledCallIsNeverAnswered) {
-  const TemporaryHome home;
-  EditorProcess editor("vale", {"late=world.info"});
-  McpClient client;
-  client.Cancel(client.BeginCall("world_info"));
-  // This one the editor answers at once, so that its answer and the cancelling cross.
-  client.Cancel(client.BeginCall("world_capabilities"));
-  EXPECT_EQ(Outcome(client.Call("world_summary")), "ok");
-  // As late as the first and asked after it, so that an answer to that would have come before.
-  EXPECT_EQ(Outcome(client.Call("world_info")), "ok");
-  EXPECT_TRUE(client.Unclaimed().empty());
-  EXPECT_EQ(client.Finish(), 0);
-  EXPECT_EQ(client.process.ReadToEnd(), "");
-  EXPECT_NE(client.Log().find("\ncancelado pelo cliente: world_info\n"), std::string::npos);
 }
 
 }  // namespace
