@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "tests/mcp/wire.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {
