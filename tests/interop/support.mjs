@@ -13,8 +13,9 @@ const editorProgram = join(bin, 'zorvik_faulty_editor');
 
 // A home folder of its own for each test, removed when the test ends.
 export function temporaryHome(t) {
-  const home = mkdtempSync(join(tmpdir(), 'zorvik-interop-'));
-  t.after(() => rmSync(home, { recursive: true, force: true }));
+  const home = mkdtempSync(join(tmpdir(), 'zorvik-home-'));
+  // Programs that clients leave behind may still write there.
+  t.after(() => rmSync(home, { recursive: true, force: true, maxRetries: 9, retryDelay: 300 }));
   return home;
 }
 
