@@ -39,14 +39,12 @@ std::string TakeMessage(std::string_view& bytes) {
   static const std::array<std::string, 6> kMethods = {
       "tools/call", "notifications/cancelled", "initialize", "ping", "server/discover", "x"};
   // Each method finds its own parameters in each of these.
-  static const std::string kMeta =
-      R"(,"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28",)"
-      R"("io.modelcontextprotocol/clientCapabilities":{}}})";
   static const std::array<std::string, 4> kParams = {
       R"({"name":"world_info","arguments":{"editor_id":"e0"},"requestId":1})",
-      R"({"name":"objects_query","arguments":{"editor_id":"e1"},"requestId":2)" + kMeta,
+      R"({"name":"objects_query","arguments":{"editor_id":"e1"},"requestId":2,)" + tests::kMeta +
+          "}",
       R"({"name":"objects_query","arguments":{"limit":-1},"protocolVersion":"2025-03-26"})",
-      R"({"name":"world_info","requestId":"1")" + kMeta};
+      R"({"name":"world_info","requestId":"1",)" + tests::kMeta + "}"};
   std::string message = R"({"jsonrpc":"2.0",)" + Take(bytes, kIds);
   message += R"("method":")" + Take(bytes, kMethods);
   return message + R"(","params":)" + Take(bytes, kParams) + "}";
@@ -125,7 +123,13 @@ class Run {
     static constexpr std::array<std::int64_t, 4> kNanoseconds = {1, 60'000'000'000, 119'999'999'999,
                                                                  120'000'000'000};
     tests::ScriptedGateway& gateway = session.gateway;
-    if (step == '<') return Reply(gateway, std::string(bytes));
+    if (step == '<') {
+      // What a reply nests is nested two values deeper in the answer, which must be readable too.
+      Json nested;
+      std::string error;
+      if (core::ParseJson("[[" + std::string(bytes) + "]]", nested, error))
+        gateway.replies.push_back({"e0", nested[0][0]});
+    }
     if (step == '#') gateway.send_failure = gateway.send_failure.empty() ? "falhou" : "";
     if (step == '@') session.time += std::chrono::nanoseconds(Take(bytes, kNanoseconds));
     const std::string id = Take(bytes, kEditors);
@@ -133,13 +137,6 @@ class Run {
     if (step == '+' || step == '-')
       std::erase_if(gateway.editors, [&](const auto& editor) { return editor.editor_id == id; });
     if (step == '+') gateway.Open(id);
-  }
-
-  // What a reply nests is nested two values deeper in the answer, which must be readable too.
-  static void Reply(tests::ScriptedGateway& gateway, const std::string& text) {
-    Json document;
-    std::string error;
-    if (core::ParseJson("[[" + text + "]]", document, error)) gateway.Answer("e0", text);
   }
 
   // A batch is answered as its messages are one by one, in one line.
@@ -167,8 +164,12 @@ class Run {
     const bool greets = message.At("jsonrpc").TextOr("") == "2.0";
     if (greets && (method.kind != Json::Kind::Text || !message.Has("id"))) {
       RequireEqual("", answer, "answer to no request");
-      if (method.TextOr("") == "notifications/cancelled")
-        Cancel(core::WriteJson(message.At("params").At("requestId")));
+      if (method.TextOr("") != "notifications/cancelled") return answer;
+      const std::string cancelled = core::WriteJson(message.At("params").At("requestId"));
+      const auto call = std::find_if(calls.begin(), calls.end(), [&](const auto& entry) {
+        return entry.second.id == cancelled;
+      });
+      if (call != calls.end()) calls.erase(call);
       return answer;
     }
     if (!greets || (id.kind != Json::Kind::Text && !id.IsInteger())) {
@@ -190,12 +191,6 @@ class Run {
     calls[Parsed(text).At("id").number] = {told, stateless, editor,
                                            one.time + std::chrono::minutes(2)};
     return answer;
-  }
-
-  void Cancel(const std::string& id) {
-    const auto call = std::find_if(calls.begin(), calls.end(),
-                                   [&](const auto& entry) { return entry.second.id == id; });
-    if (call != calls.end()) calls.erase(call);
   }
 
   // Calls end by their replies, the loss of their editors and the time, in this order.

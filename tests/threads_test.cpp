@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -19,6 +18,7 @@
 #include "core/json.h"
 #include "core/process.h"
 #include "tests/support/temporary_home.h"
+#include "tests/support/wire.h"
 
 namespace zorvik::tests {
 namespace {
@@ -46,55 +46,28 @@ std::string Text(int seed) {
   return text + "}";
 }
 
-Json Read(const std::string& text) {
-  Json document;
-  std::string error;
-  EXPECT_TRUE(core::ParseJson(text, document, error)) << error;
-  return document;
-}
-
-TEST(ThreadsTest, EachHasDocumentsOfItsOwn) {
-  OnSeveralThreads([](int thread) {
+TEST(ThreadsTest, EachReadsAndWritesDocumentsAndPassesThemOn) {
+  std::deque<Json> queue;
+  std::mutex mutex;
+  OnSeveralThreads([&](int thread) {
     for (int turn = 0; turn < kTurns; ++turn) {
       const std::string text = Text(thread * 1'000 + turn);
-      const Json document = Read(text);
+      Json document = Parse(text);
       Json copy = document;
       copy.Set("k39", Json::Int(turn));
       EXPECT_EQ(core::WriteJson(document), text);
-    }
-  });
-}
-
-TEST(ThreadsTest, DocumentsPassFromOneToAnother) {
-  std::deque<Json> queue;
-  std::mutex mutex;
-  std::condition_variable changed;
-  std::vector<Json> left;
-  OnSeveralThreads([&](int thread) {
-    const bool reads = thread % 2 == 0;
-    for (int turn = 0; turn < kTurns; ++turn) {
-      if (reads) {
-        Json document = Read(Text(turn));
-        const std::lock_guard lock(mutex);
-        queue.push_back(std::move(document));
-        changed.notify_one();
-        continue;
-      }
       std::unique_lock lock(mutex);
-      changed.wait(lock, [&] { return !queue.empty(); });
-      Json document = std::move(queue.front());
+      queue.push_back(std::move(document));
+      if (turn % 10 == 0) continue;  // Some outlive the threads that made them.
+      Json passed = std::move(queue.front());
       queue.pop_front();
       lock.unlock();
-      EXPECT_EQ(core::WriteJson(document), Text(static_cast<int>(document.At("seed").number)));
-      document.Set("k20", Json());  // Memory of the other thread goes back on this one.
-      if (turn % 10 != 0) continue;
-      lock.lock();
-      left.push_back(std::move(document));
+      EXPECT_EQ(core::WriteJson(passed), Text(static_cast<int>(passed.At("seed").number)));
+      passed.Set("k20", Json());  // Memory of the other thread goes back on this one.
     }
   });
-  // These outlive the threads that made them.
-  EXPECT_EQ(left.size(), static_cast<std::size_t>(kThreads / 2 * kTurns / 10));
-  for (const Json& document : left) EXPECT_TRUE(document.Has("k39"));
+  EXPECT_EQ(queue.size(), static_cast<std::size_t>(kThreads * kTurns / 10));
+  for (const Json& document : queue) EXPECT_TRUE(document.Has("k39"));
 }
 
 TEST(ThreadsTest, ShareTheCatalog) {
@@ -104,7 +77,7 @@ TEST(ThreadsTest, ShareTheCatalog) {
       const authoring::ToolSpec* tool = authoring::FindTool("objects_create");
       std::string field;
       std::string reason;
-      EXPECT_FALSE(authoring::Validate(tool->input, Read(arguments), field, reason));
+      EXPECT_FALSE(authoring::Validate(tool->input, Parse(arguments), field, reason));
       EXPECT_EQ(field, "objects[0].extra");
     }
   });

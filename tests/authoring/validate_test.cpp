@@ -5,17 +5,14 @@
 #include <limits>
 #include <string>
 
+#include "tests/support/wire.h"
+
 namespace zorvik::authoring {
 namespace {
 
 using core::Json;
 
-Json Parse(const std::string& text) {
-  Json document;
-  std::string error;
-  EXPECT_TRUE(core::ParseJson(text, document, error)) << error << ": " << text;
-  return document;
-}
+using tests::Parse;
 
 const struct {
   const char* schema;

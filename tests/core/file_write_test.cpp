@@ -4,6 +4,7 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
 
 #include "core/platform/files.h"
 #include "tests/support/temporary_home.h"
@@ -125,6 +126,19 @@ TEST_F(FileWriteTest, AWriterThatGivesUpDecidesTheMessage) {
   EXPECT_EQ(write("x", false).status, WriteStatus::ContentFailed);
   EXPECT_EQ(write("x", true).status, WriteStatus::WriteFailed);
   EXPECT_TRUE(std::filesystem::is_empty(target.parent_path()));
+}
+
+TEST_F(FileWriteTest, FilesAreReadUpToALimit) {
+  std::string content;
+  for (const auto& [size, read] :
+       {std::pair(platform::kLargestFile, true), {platform::kLargestFile + 1, false}}) {
+    WriteText(target, "");
+    std::filesystem::resize_file(target, size);
+    EXPECT_EQ(platform::ReadWholeFile(target, content), read);
+    EXPECT_EQ(content.size(), read ? size : 0);
+  }
+  // Linux: a regular file that claims to be empty and goes on for hundreds of gigabytes.
+  EXPECT_FALSE(platform::ReadWholeFile("/proc/self/pagemap", content));
 }
 
 }  // namespace

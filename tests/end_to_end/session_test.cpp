@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "tests/support/editor_process.h"
 #include "tests/support/mcp_client.h"
@@ -30,30 +33,51 @@ class SessionTest : public testing::TestWithParam<std::string> {
 };
 
 TEST_P(SessionTest, ReadsAndSeesTheEditorsWorld) {
-  const Json editors = Document("editor_list").At("editors");
-  ASSERT_EQ(editors.items.size(), 1U);
-  EXPECT_EQ(editors[0].At("editor_id").text, "vale");
-  EXPECT_EQ(editors[0].At("pid").IntOr(0), editor.process.Id());
-  EXPECT_EQ(editors[0].At("bridge").text, "zorvik-bridge/1");
-  EXPECT_FALSE(editors[0].Has("token") || editors[0].Has("pipe"));
-
-  const std::int64_t revision = Document("world_info").At("revision").IntOr(-1);
-  EXPECT_EQ(editor.Person("criar zorvik_rocha 5 6"), "feito " + std::to_string(revision + 1));
-  EXPECT_EQ(Document("world_info").At("revision").IntOr(-1), revision + 1);
-  const Json objects = Document("objects_query");
-  EXPECT_EQ(objects.At("objects").items.back().At("asset").text, "zorvik_rocha");
-
-  const Json capture = client.Call("inspect_capture");
-  ASSERT_EQ(capture.At("content").items.size(), 2U) << core::WriteJson(capture);
-  const Json& image = capture.At("content")[1];
-  EXPECT_EQ(image.At("mimeType").text, "image/png");
+  EXPECT_EQ(Document("editor_list").At("editors")[0].At("pid").IntOr(0), editor.process.Id());
+  EXPECT_EQ(Document("world_info").At("revision").IntOr(0), 1);
+  EXPECT_EQ(editor.Person("criar zorvik_rocha 5 6"), "feito 2");
+  const Json objects = Document("objects_query").At("objects");
+  EXPECT_EQ(objects.items.back().At("asset").text, "zorvik_rocha");
   // The signature of a PNG and the start of its first chunk, in base64.
+  const Json image = client.Call("inspect_capture").At("content")[1];
   EXPECT_TRUE(image.At("data").text.starts_with("iVBORw0KGgoAAAANSUhEUg"));
-  EXPECT_EQ(capture.At("content")[0].At("text").text.find("data_base64"), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, SessionTest,
                          testing::Values(kStateless, "2025-11-25", "2025-06-18", "2025-03-26"));
+
+// All changes go to one editor, so that its revisions tell them apart, and the other's stays.
+TEST(SessionsTest, TwoServersAndTwoEditorsKeepTheirAnswersApart) {
+  const TemporaryHome home;
+  EditorProcess still("para");
+  EditorProcess changing("muda");
+  McpClient legacy;
+  McpClient stateless(kStateless);
+  const std::string create =
+      R"({"editor_id":"muda","objects":[{"asset":"zorvik_rocha","x":1,"z":1}]})";
+  constexpr int kCalls = 100;
+  std::map<McpClient*, std::vector<std::int64_t>> calls;
+  for (int i = 0; i < kCalls; ++i) {
+    for (McpClient* const client : {&legacy, &stateless}) {
+      calls[client].push_back(client->BeginCall("objects_create", create));
+      client->BeginCall("world_info", At("para"));
+    }
+  }
+  std::set<std::int64_t> revisions;
+  for (const auto& [client, ids] : calls) {
+    const auto revision = [client = client](std::int64_t id) {
+      return client->Answer(id).At("result").At("structuredContent").At("revision").IntOr(0);
+    };
+    for (const std::int64_t id : ids) {
+      revisions.insert(revision(id));
+      EXPECT_EQ(revision(id + 1), 1);
+    }
+    EXPECT_TRUE(client->Unclaimed().empty());
+  }
+  EXPECT_EQ(revisions.size(), 2U * kCalls);
+  EXPECT_EQ(*revisions.begin(), 2);
+  EXPECT_EQ(*revisions.rbegin(), 1 + 2 * kCalls);
+}
 
 }  // namespace
 }  // namespace zorvik::tests

@@ -2,25 +2,23 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/json.h"
+#include "core/local_pipe/server.h"
 #include "examples/sample_editor/bridge.h"
 #include "examples/sample_editor/world.h"
-#include "tests/faulty_editor/raw_pipe.h"
 
 namespace zorvik::tests {
 
 class FaultyEditor;
 
 // One way to break the rules: what is done with a request in place of sound work.
-using Fault = void (*)(FaultyEditor& editor, const core::Json& request);
-
-// The fault of that kind, or null. A new kind is a function and an entry in faults.cpp.
-Fault FindFault(std::string_view kind);
+using Fault = std::function<void(FaultyEditor& editor, const core::Json& request)>;
 
 // An editor that does what the example editor does, but for the operations that have a fault.
 class FaultyEditor {
@@ -33,27 +31,28 @@ class FaultyEditor {
   // One turn of the main loop.
   void Turn();
 
-  // What faults are made of.
+  // What faults are made of. All goes to the client whose request is handled.
 
-  // Carries the request out and gives the line with the answer, its line feed included.
+  // Carries the request out and gives the text of the answer.
   std::string SoundAnswer(const core::Json& request);
-  void Write(std::string_view bytes) { pipe.Write(bytes); }
+  void Send(std::string line) { pipe.Send(connection, std::move(line)); }
   // Other answers go out meanwhile.
-  void WriteLater(std::string bytes, std::chrono::milliseconds delay);
+  void SendLater(std::string line, std::chrono::milliseconds delay);
   // Takes notice of nothing more from this client.
-  void Ignore() { ignored = pipe.Connection(); }
+  void Ignore() { ignored = connection; }
 
  private:
   using Clock = std::chrono::steady_clock;
 
   void Handle(const std::string& line);
 
-  RawPipe pipe;
+  core::LocalPipeServer pipe;
   sample_editor::World world = sample_editor::MakeSampleWorld();
   sample_editor::Bridge bridge;
   std::map<std::string, Fault> faults;  // By operation.
-  std::multimap<Clock::time_point, std::string> later;
-  std::int32_t ignored = 0;  // A connection.
+  std::multimap<Clock::time_point, std::pair<std::int32_t, std::string>> later;
+  std::int32_t connection = 0;
+  std::int32_t ignored = 0;
 };
 
 }  // namespace zorvik::tests

@@ -21,16 +21,6 @@ namespace tests = zorvik::tests;
 
 namespace {
 
-core::EditorRecord MakeRecord(const std::string& id) {
-  core::EditorRecord record;
-  record.editor_id = id;
-  record.pid = core::CurrentProcessId();
-  record.pipe = "zorvik-faulty-" + core::RandomHex(8);
-  record.token = core::RandomHex(16);
-  record.bridge = zorvik::authoring::kBridgeProtocol;
-  return record;
-}
-
 template <class Editor>
 void Serve(Editor& editor, const core::EditorRecord& record) {
   core::StdioChannel console;
@@ -51,7 +41,12 @@ void Run(const std::vector<std::string>& arguments) {
     return;
   }
   if (arguments.size() < 2) throw std::invalid_argument("--id ID [KIND=OPERATION]...");
-  const core::EditorRecord record = MakeRecord(arguments[1]);
+  core::EditorRecord record;
+  record.editor_id = arguments[1];
+  record.pid = core::CurrentProcessId();
+  record.pipe = "zorvik-faulty-" + core::RandomHex(8);
+  record.token = core::RandomHex(16);
+  record.bridge = zorvik::authoring::kBridgeProtocol;
   if (arguments.size() == 4 && arguments[2] == "--fault") {
     tests::BrokenEditor editor(arguments[3], record.pipe, record.token);
     core::WriteEditorRecord(record);

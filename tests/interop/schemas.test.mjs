@@ -15,7 +15,7 @@ function fitting(schema) {
         (schema.required ?? []).map((name) => [name, fitting(schema.properties[name])]),
       );
     case 'array':
-      return Array.from({ length: schema.minItems ?? 0 }, () => fitting(schema.items));
+      return Array(schema.minItems ?? 0).fill(fitting(schema.items));
     case 'string':
       return schema.enum?.[0] ?? 'é'.repeat(schema.minLength ?? 1);
     case 'boolean':
@@ -27,25 +27,18 @@ function fitting(schema) {
 
 // Values on both sides of every limit that the node itself states, and values of other kinds.
 function nearLimits(schema) {
-  const values = [null, 'x', 1.5, -1, true, [], {}, 9007199254740992];
-  // The server takes no number beyond 2^53 for an integer; a schema can't say that.
-  if (schema.type !== 'integer') values.push(1e300);
-  for (const limit of [schema.minimum, schema.maximum]) {
-    if (limit !== undefined) values.push(limit, limit - 1, limit + 1, limit - 0.001, limit + 0.001);
-  }
-  for (const length of [schema.minLength, schema.maxLength]) {
-    if (length !== undefined) {
-      for (const n of [length - 1, length, length + 1]) values.push('ç'.repeat(Math.max(n, 0)));
-    }
-  }
-  for (const count of [schema.minItems, schema.maxItems]) {
-    if (count !== undefined) {
-      for (const n of [count - 1, count, count + 1]) {
-        values.push(Array.from({ length: Math.max(n, 0) }, () => fitting(schema.items)));
-      }
-    }
-  }
-  return values.concat(schema.enum ?? []);
+  const near = (limits, steps) =>
+    limits.filter((limit) => limit !== undefined).flatMap((limit) => steps.map((step) => limit + step));
+  const counts = (...limits) => near(limits, [-1, 0, 1]).filter((count) => count >= 0);
+  return [
+    ...[null, 'x', 1.5, -1, true, [], {}, 9007199254740992],
+    // The server takes no number beyond 2^53 for an integer; a schema can't say that.
+    ...(schema.type === 'integer' ? [] : [1e300]),
+    ...near([schema.minimum, schema.maximum], [0, -1, 1, -0.001, 0.001]),
+    ...counts(schema.minLength, schema.maxLength).map((count) => 'ç'.repeat(count)),
+    ...counts(schema.minItems, schema.maxItems).map((count) => Array(count).fill(fitting(schema.items))),
+    ...(schema.enum ?? []),
+  ];
 }
 
 // Documents that differ from a fitting one in a single place, for every place of the schema.

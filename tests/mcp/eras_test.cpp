@@ -2,8 +2,6 @@
 
 #include <array>
 
-#include "tests/mcp/wire.h"
-#include "tests/support/mcp_client.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {

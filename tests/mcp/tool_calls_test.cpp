@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "tests/mcp/wire.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "authoring/catalog.h"
-#include "tests/mcp/wire.h"
 #include "tests/support/server_session.h"
 
 namespace zorvik::mcp {

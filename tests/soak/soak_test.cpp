@@ -45,30 +45,30 @@ class Day {
  public:
   // One round of calls, all of them answered at its end.
   void Wave() {
-    for (std::size_t i = 0; i < editors.size(); ++i)
-      if (!editors[i] || Chance(20)) Replace(i);
+    for (Editor& editor : editors)
+      if (!editor.process || Chance(20)) Replace(editor);
     for (int i = 0; i < 40; ++i) {
       Expect(client.BeginCall("editor_list"), "ok");
       Expect(client.BeginCall("world_info"), "ambiguous_editor");
       Expect(client.BeginCall("objects_query", R"({"limit":"x"})"), "invalid_argument");
       Expect(client.BeginCall("world_info", At("x")), "editor_disconnected");
-      for (std::size_t editor = 0; i % 4 == 0 && editor < editors.size(); ++editor) {
+      for (const Editor& editor : editors) {
         // Calls that are in flight when a later one finds the pipe broken end only at their
         // deadline, so nothing follows the first call to an editor that will refuse it.
-        if (kinds[editor]->fault == "refuse=hello") continue;
-        const std::int64_t id = client.BeginCall("objects_query", At(Name(editor)));
+        if (i % 4 != 0 || editor.kind->fault == "refuse=hello") continue;
+        const std::int64_t id = client.BeginCall("objects_query", At(editor.id));
         Chance(10) ? Cancel(id) : Expect(id, "ok");
       }
     }
     Collect();
-    for (std::size_t editor = 0; editor < editors.size(); ++editor)
+    for (Editor& editor : editors)
       if (Chance(10)) MeetFault(editor);
     Collect();
   }
 
   // Closes all editors, so that what the server then still holds is its own.
   void Evening() {
-    for (auto& editor : editors) editor.reset();
+    for (Editor& editor : editors) editor.process.reset();
     EXPECT_EQ(Outcome(client.Call("world_info")), "no_editor");
   }
 
@@ -86,46 +86,48 @@ class Day {
   std::size_t started = 0;
 
  private:
+  struct Editor {
+    std::string id;
+    const Kind* kind = nullptr;
+    std::unique_ptr<EditorProcess> process = nullptr;
+  };
+
   bool Chance(int one_in) { return random() % static_cast<unsigned>(one_in) == 0; }
-  static std::string Name(std::size_t editor) { return "e" + std::to_string(editor); }
   std::filesystem::path Proc() const { return "/proc/" + std::to_string(client.process.Id()); }
 
-  void Replace(std::size_t editor) {
-    if (editors[editor] && Chance(2)) editors[editor]->Kill();
-    editors[editor].reset();
+  void Replace(Editor& editor) {
+    if (editor.process && Chance(2)) editor.process->Kill();
+    editor.process.reset();
     // All kinds in turn, so that what they cost once is spent before memory is compared.
-    kinds[editor] = &kKinds[started++ % kKinds.size()];
-    const std::string& fault = kinds[editor]->fault;
-    editors[editor] = std::make_unique<EditorProcess>(
-        Name(editor), fault.empty() ? std::vector<std::string>{} : std::vector{fault});
+    editor.kind = &kKinds[started++ % kKinds.size()];
+    std::vector<std::string> faults = {editor.kind->fault};
+    std::erase(faults, "");
+    editor.process = std::make_unique<EditorProcess>(editor.id, faults);
   }
 
-  void MeetFault(std::size_t editor) {
-    const Kind& kind = *kinds[editor];
-    const std::int64_t id = client.BeginCall("world_summary", At(Name(editor)));
-    if (!kind.outcome.empty()) {
-      Expect(id, kind.outcome);
-      if (!kind.fault.starts_with("die")) return;
-      EXPECT_EQ(editors[editor]->Die(), 9);
-    } else {
+  void MeetFault(Editor& editor) {
+    const auto& [fault, outcome] = *editor.kind;
+    const std::int64_t id = client.BeginCall("world_summary", At(editor.id));
+    if (outcome.empty()) {
       Chance(2) ? Cancel(id) : Expect(id, "editor_disconnected");
       client.Ask("ping");  // The call has been sent by then.
-      editors[editor]->Kill();
+      editor.process->Kill();
+    } else {
+      Expect(id, outcome);
+      if (!fault.starts_with("die")) return;
+      EXPECT_EQ(editor.process->Die(), 9);
     }
-    editors[editor].reset();
+    editor.process.reset();
   }
 
-  void Expect(std::int64_t id, const std::string& outcome) {
-    ++calls;
-    expected.emplace_back(id, outcome);
-  }
+  void Expect(std::int64_t id, const std::string& outcome) { expected.emplace_back(id, outcome); }
   void Cancel(std::int64_t id) {
-    ++calls;
     may_come.insert(id);
     client.Cancel(id);
   }
   // Every call that is expected gets its one answer; a cancelled one gets one at most.
   void Collect() {
+    calls += static_cast<long>(expected.size());
     for (const auto& [id, outcome] : expected)
       ASSERT_EQ(Outcome(client.Answer(id).At("result")), outcome) << id;
     expected.clear();
@@ -138,8 +140,7 @@ class Day {
   }
 
   std::mt19937 random{1};
-  std::array<std::unique_ptr<EditorProcess>, 3> editors;
-  std::array<const Kind*, 3> kinds{};
+  std::array<Editor, 3> editors{Editor{"e0"}, Editor{"e1"}, Editor{"e2"}};
   std::vector<std::pair<std::int64_t, std::string>> expected;
   std::set<std::int64_t> may_come;
 };

@@ -18,7 +18,7 @@ namespace zorvik::tests {
 class EditorProcess {
  public:
   // Starts it in the McpHome() of this moment and waits until it can be found and served. Each of
-  // `faults` is KIND=OPERATION; tests/faulty_editor/faults.cpp has the kinds.
+  // `faults` is KIND=OPERATION; tests/faulty_editor/faulty_editor.cpp has the kinds.
   explicit EditorProcess(const std::string& id, const std::vector<std::string>& faults = {})
       : process(Start(id, faults)),
         record_path(core::McpHome() / "editors" / (std::to_string(process.Id()) + ".json")) {

@@ -24,13 +24,6 @@ ProgramStart ServerStart(ProgramStart start) {
 
 }  // namespace
 
-Json Parse(const std::string& text) {
-  Json document;
-  std::string error;
-  if (!core::ParseJson(text, document, error)) throw std::runtime_error(error + ": " + text);
-  return document;
-}
-
 std::string Outcome(const Json& result) {
   if (!result.At("isError").BoolOr(true)) return "ok";
   return result.At("structuredContent").At("error").At("code").TextOr("no code");
@@ -54,14 +47,8 @@ McpClient::~McpClient() {
 }
 
 std::int64_t McpClient::Begin(const std::string& method, std::string params) {
-  if (version == kStateless) {
-    params.insert(1,
-                  std::string(R"("_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28",)"
-                              R"("io.modelcontextprotocol/clientCapabilities":{}})") +
-                      (params == "{}" ? "" : ","));
-  }
-  Line(R"({"jsonrpc":"2.0","id":)" + std::to_string(++last_id) + R"(,"method":")" + method +
-       R"(","params":)" + params + "}");
+  if (version == kStateless) params.insert(1, kMeta + (params == "{}" ? "" : ","));
+  Line(RequestLine(std::to_string(++last_id), method, params));
   return last_id;
 }
 

@@ -8,13 +8,12 @@
 
 #include "core/json.h"
 #include "tests/support/child_process.h"
+#include "tests/support/wire.h"
 
 namespace zorvik::tests {
 
 inline const std::string kStateless = "2026-07-28";
 
-// The document that `text` holds; throws when it holds none.
-core::Json Parse(const std::string& text);
 // "ok", or the code of a failed tool result.
 std::string Outcome(const core::Json& result);
 // Arguments that mean that editor and no more.

@@ -7,6 +7,7 @@
 
 #include "core/json.h"
 #include "mcp/editor_gateway.h"
+#include "tests/support/wire.h"
 
 namespace zorvik::tests {
 
@@ -30,10 +31,7 @@ class ScriptedGateway : public mcp::EditorGateway {
 
   // Queues the reply that `text` holds, a JSON document.
   void Answer(const std::string& editor, const std::string& text) {
-    std::string error;
-    Reply reply{editor, {}};
-    core::ParseJson(text, reply.message, error);
-    replies.push_back(std::move(reply));
+    replies.push_back({editor, Parse(text)});
   }
 
   std::vector<core::EditorRecord> List() override { return editors; }

@@ -7,6 +7,7 @@
 
 #include "mcp/server.h"
 #include "tests/support/scripted_gateway.h"
+#include "tests/support/wire.h"
 
 namespace zorvik::tests {
 
@@ -31,8 +32,7 @@ struct ServerSession {
   }
   // Settles a version by handshake and forgets what it wrote.
   void Initialize(const std::string& version) {
-    Ask(R"({"jsonrpc":"2.0","id":0,"method":"initialize","params":{"protocolVersion":")" + version +
-        R"("}})");
+    Ask(RequestLine("0", "initialize", R"({"protocolVersion":")" + version + "\"}"));
     log.clear();
   }
 

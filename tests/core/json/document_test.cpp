@@ -88,5 +88,12 @@ TEST(JsonTest, SetKeepsThePlaceOfAKeyAndDropsWhatIsNoObject) {
   EXPECT_EQ(object.fields.size(), 2U);
 }
 
+TEST(JsonTest, IsWrittenWithRoomForALineFeedBehindABigText) {
+  const std::string written = WriteJson(Json::Text(std::string(1'000'000, 'A')));
+  EXPECT_EQ(written.size(), 1'000'002U);
+  EXPECT_GT(written.capacity(), written.size());
+  EXPECT_LT(written.capacity(), 1'200'000U);
+}
+
 }  // namespace
 }  // namespace zorvik::core

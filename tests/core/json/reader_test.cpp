@@ -51,6 +51,10 @@ TEST(JsonReaderTest, Accepts) {
       {"\"12345678\x7F\xFF\xC0 after one word\"", "\"12345678\x7F\xFF\xC0 after one word\""},
       {"\"" + Repeat("\\n34567890", 500) + "\"", "\"" + Repeat("\\n34567890", 500) + "\""}};
   for (const auto& [text, result] : cases) EXPECT_EQ(Reread(text), result) << text;
+  for (const std::string& text :
+       {R"("\u0001\u001f")"s, "\"a run of some words\\n" + Repeat("x", 3'000) + "\\\"\"",
+        "\"" + Repeat("\\u0002", 3'000) + "\""})
+    EXPECT_EQ(Reread("{" + text + ":" + text + "}"), "{" + text + ":" + text + "}");
 }
 
 TEST(JsonReaderTest, Refuses) {

@@ -1,11 +1,20 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 
 #include "core/json.h"
 
 // The texts of requests and answers as they stand on the wire.
 namespace zorvik::tests {
+
+// The document that `text` holds; throws when it holds none.
+inline core::Json Parse(const std::string& text) {
+  core::Json document;
+  std::string error;
+  if (!core::ParseJson(text, document, error)) throw std::runtime_error(error + ": " + text);
+  return document;
+}
 
 // The member of params that makes a request independent of any handshake.
 inline const std::string kMeta =
