@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS zorvik_mcp zorvik_editor_check zorvik_sample_editor
   DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
-install(FILES docs/bridge.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT runtime)
+install(FILES docs/bridge.md docs/clients.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT runtime)
 install(FILES docs/world_editor/MCP.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs/world_editor COMPONENT runtime)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime
