@@ -12,42 +12,8 @@
 namespace zorvik::tests {
 namespace {
 
-using core::Json;
-
-// A whole session in every protocol version.
-class SessionTest : public testing::TestWithParam<std::string> {
- protected:
-  TemporaryHome home;
-  EditorProcess editor{"vale"};
-  McpClient client{GetParam()};
-
-  // The document of a successful call, as the text block holds it in every version.
-  Json Document(const std::string& tool) {
-    const Json result = client.Call(tool);
-    EXPECT_EQ(Outcome(result), "ok");
-    const std::string text = result.At("content")[0].At("text").text;
-    EXPECT_EQ(core::WriteJson(result.At("structuredContent")),
-              GetParam() == "2025-03-26" ? "null" : text);
-    return Parse(text);
-  }
-};
-
-TEST_P(SessionTest, ReadsAndSeesTheEditorsWorld) {
-  EXPECT_EQ(Document("editor_list").At("editors")[0].At("pid").IntOr(0), editor.process.Id());
-  EXPECT_EQ(Document("world_info").At("revision").IntOr(0), 1);
-  EXPECT_EQ(editor.Person("criar zorvik_rocha 5 6"), "feito 2");
-  const Json objects = Document("objects_query").At("objects");
-  EXPECT_EQ(objects.items.back().At("asset").text, "zorvik_rocha");
-  // The signature of a PNG and the start of its first chunk, in base64.
-  const Json image = client.Call("inspect_capture").At("content")[1];
-  EXPECT_TRUE(image.At("data").text.starts_with("iVBORw0KGgoAAAANSUhEUg"));
-}
-
-INSTANTIATE_TEST_SUITE_P(Versions, SessionTest,
-                         testing::Values(kStateless, "2025-11-25", "2025-06-18", "2025-03-26"));
-
 // All changes go to one editor, so that its revisions tell them apart, and the other's stays.
-TEST(SessionsTest, TwoServersAndTwoEditorsKeepTheirAnswersApart) {
+TEST(SessionTest, TwoServersAndTwoEditorsKeepTheirAnswersApart) {
   const TemporaryHome home;
   EditorProcess still("para");
   EditorProcess changing("muda");
@@ -77,6 +43,10 @@ TEST(SessionsTest, TwoServersAndTwoEditorsKeepTheirAnswersApart) {
   EXPECT_EQ(revisions.size(), 2U * kCalls);
   EXPECT_EQ(*revisions.begin(), 2);
   EXPECT_EQ(*revisions.rbegin(), 1 + 2 * kCalls);
+  EXPECT_EQ(changing.Person("criar zorvik_rocha 5 6"), "feito 202");
+  // The signature of a PNG and the start of its first chunk, in base64.
+  const core::Json image = legacy.Call("inspect_capture", At("muda")).At("content")[1];
+  EXPECT_TRUE(image.At("data").text.starts_with("iVBORw0KGgoAAAANSUhEUg"));
 }
 
 }  // namespace

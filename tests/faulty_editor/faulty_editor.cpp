@@ -10,6 +10,7 @@
 namespace zorvik::tests {
 
 using core::Json;
+using Clock = std::chrono::steady_clock;
 
 namespace {
 
@@ -26,16 +27,19 @@ constexpr std::size_t kImages = 1'000'000;
 // other editors.
 constexpr std::size_t kFloodOfDocuments = 16'000'000;
 constexpr std::size_t kFlood = 64'000'000;
+constexpr std::chrono::milliseconds kFloodTime(1000);
 constexpr std::size_t kGarbage = 4'000'000;
 
-// The text comes again and again before the answer.
-Fault AnswerBehind(std::size_t size, std::string_view text) {
+// The text comes again and again before the answer. For that time nothing keeps the editor from
+// filling the pipe.
+Fault AnswerBehind(std::size_t size, std::string_view text, std::chrono::milliseconds time) {
   return [=](FaultyEditor& editor, const Json& request) {
     std::string lines;
     lines.reserve(size + text.size());
     while (lines.size() < size) lines += text;
     editor.Send(std::move(lines));
     editor.Send(editor.SoundAnswer(request));
+    for (const auto end = Clock::now() + time; Clock::now() < end;) editor.Turn();
   };
 }
 
@@ -48,14 +52,15 @@ const std::map<std::string_view, Fault> kFaults = {
        editor.Turn();
        std::_Exit(kDeathStatus);
      }},
-    {"flood-empty-lines", AnswerBehind(kFlood, "\n")},
-    {"flood-garbage", AnswerBehind(kFlood, "isto nao e JSON\n")},
-    {"flood-numbers", AnswerBehind(kFloodOfDocuments, "1\n")},
-    {"flood-objects", AnswerBehind(kFloodOfDocuments, "{}\n")},
+    {"flood-empty-lines", AnswerBehind(kFlood, "\n", kFloodTime)},
+    {"flood-garbage", AnswerBehind(kFlood, "isto nao e JSON\n", kFloodTime)},
+    {"flood-numbers", AnswerBehind(kFloodOfDocuments, "1\n", kFloodTime)},
+    {"flood-objects", AnswerBehind(kFloodOfDocuments, "{}\n", kFloodTime)},
     // Lines that answer nothing, so many that they fill the pipe again and again.
     {"garbage", AnswerBehind(kGarbage,
                              "isto nao e JSON\n[1, 2, 3]\n{\"ok\": true}\n\n\r\n"
-                             "{\"id\": 987654321, \"ok\": true}\n")},
+                             "{\"id\": 987654321, \"ok\": true}\n",
+                             {})},
     // Neither reads nor writes for a while.
     {"hang",
      [](FaultyEditor& editor, const Json& request) {

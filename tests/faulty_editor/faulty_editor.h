@@ -42,15 +42,13 @@ class FaultyEditor {
   void Ignore() { ignored = connection; }
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   void Handle(const std::string& line);
 
   core::LocalPipeServer pipe;
   sample_editor::World world = sample_editor::MakeSampleWorld();
   sample_editor::Bridge bridge;
   std::map<std::string, Fault> faults;  // By operation.
-  std::multimap<Clock::time_point, std::pair<std::int32_t, std::string>> later;
+  std::multimap<std::chrono::steady_clock::time_point, std::pair<std::int32_t, std::string>> later;
   std::int32_t connection = 0;
   std::int32_t ignored = 0;
 };

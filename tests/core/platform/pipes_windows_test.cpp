@@ -37,7 +37,7 @@ class PipesWindowsTest : public testing::Test {
   HANDLE pipe = INVALID_HANDLE_VALUE;
 };
 
-TEST_F(PipesWindowsTest, HasAWidePathAndMovesBytes) {
+TEST_F(PipesWindowsTest, HasAWidePathForTheSystemAndThisUserAndNobodyElse) {
   Open("zorvik-teste-\xC3\xA7\xE2\x82\xAC", L"\\\\.\\pipe\\zorvik-teste-\u00E7\u20AC");
   DWORD flags = PIPE_TYPE_MESSAGE;
   DWORD outgoing = 0;
@@ -48,10 +48,7 @@ TEST_F(PipesWindowsTest, HasAWidePathAndMovesBytes) {
   EXPECT_EQ(outgoing, 65'536u);
   EXPECT_EQ(incoming, 65'536u);
   EXPECT_EQ(instances, 4u);
-}
 
-TEST_F(PipesWindowsTest, LetsInTheSystemAndThisUserAndNobodyElse) {
-  Open("zorvik-teste-acesso", L"\\\\.\\pipe\\zorvik-teste-acesso");
   PACL list = nullptr;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
   ASSERT_EQ(GetSecurityInfo(pipe, SE_KERNEL_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,

@@ -13,7 +13,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <iterator>
 
 #include "tests/support/temporary_home.h"
@@ -30,20 +29,19 @@ TEST(ProcessPosixTest, OnlyAProcessThatIsSurelyGoneIsGone) {
                                BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EACCES),
                                BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
   const sock_fprog filter = {std::size(refuse_kill), refuse_kill};
-  const std::function<void()> kCases[] = {[&] {
-                                            prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-                                            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
-                                          },
-                                          [&] {  // Changes nothing for anybody but root.
-                                            unshare(CLONE_NEWNS);
-                                            mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
-                                            mount((home.Path() / "vazio").c_str(),
-                                                  "/proc/self/status", nullptr, MS_BIND, nullptr);
-                                          }};
-  for (const auto& prepare : kCases) {
+  const auto forbid_asking = [&] {
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
+  };
+  const auto hide_the_status = [&] {  // Changes nothing for anybody but root.
+    unshare(CLONE_NEWNS);
+    mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+    mount((home.Path() / "vazio").c_str(), "/proc/self/status", nullptr, MS_BIND, nullptr);
+  };
+  for (const bool forbidden : {true, false}) {
     const pid_t child = fork();
     if (child == 0) {
-      prepare();
+      forbidden ? forbid_asking() : hide_the_status();
       _exit(ProcessAlive(CurrentProcessId()) ? 0 : 1);
     }
     int status = -1;
