@@ -21,12 +21,12 @@ StdioChannel::StdioChannel(platform::InputStream source, platform::OutputStream 
 
 void StdioChannel::Poll(Lines& lines, bool& closed) {
   if (!input.Valid()) ended = true;
-  // Without a pipe there is no telling whether a second read would block.
-  const int reads = input.IsPipe() ? kReadsPerPoll : 1;
+  // Without Peek there is no telling whether a second read would block.
+  const int reads = input.CanPeek() ? kReadsPerPoll : 1;
   std::array<char, kReadChunk> chunk;
   for (int i = 0; i < reads && !ended; ++i) {
     std::size_t limit = chunk.size();
-    if (input.IsPipe()) {
+    if (input.CanPeek()) {
       std::size_t available = 0;
       bool open = input.Peek(available);
       // The rest of a long line comes in pieces no larger than the pipe. Where the pause after

@@ -7,8 +7,8 @@
 
 namespace zorvik::core {
 
-// The line reader and writer on the process's standard streams. Reading from a pipe or a socket
-// never blocks; reading from anything else, and writing, may.
+// The line reader and writer on the process's standard streams. Reading from a stream that can be
+// peeked, such as a pipe or a socket, never blocks; reading from anything else, and writing, may.
 class StdioChannel {
  public:
   // Takes the standard streams of the process, which main() has put in order with

@@ -27,19 +27,23 @@ class InputStream {
   InputStream() = default;
   // The standard input of this process, or no stream if it has none.
   static InputStream Standard();
+  // The same, except that a terminal can be peeked too, so that a program can serve others while
+  // it waits for the keyboard. A terminal that another program has in hand, as when this one was
+  // started in the background, stays open and brings nothing. Only for one call in a process.
+  static InputStream StandardWithTerminal();
   // A descriptor (POSIX) or handle (Windows) of the caller's.
   static InputStream Borrow(std::intptr_t handle);
 
   bool Valid() const;
-  // Whether Peek can tell how much is there: true for pipes and sockets, false for files, terminals
-  // and devices.
-  bool IsPipe() const { return is_pipe; }
-  // Only for pipes. Puts the number of bytes that can be read without blocking into `available`
+  // Whether Peek can tell how much is there: true for pipes and sockets, false for files, devices
+  // and, but for StandardWithTerminal, terminals.
+  bool CanPeek() const { return can_peek; }
+  // Only where CanPeek. Puts the number of bytes that can be read without blocking into `available`
   // (0: nothing yet). False once the writing end has gone and nothing is left. Never blocks.
   bool Peek(std::size_t& available) const;
-  // Only for pipes in which Peek found nothing, and only where a pause can't be ended by them:
-  // waits a moment, far below a millisecond, for more or for the end. False when neither came, and
-  // at once where WaitForInput does better.
+  // Only where Peek found nothing, and only where a pause can't be ended by the stream: waits a
+  // moment, far below a millisecond, for more or for the end. False when neither came, and at once
+  // where WaitForInput does better.
   bool WaitForMore() const;
   // Reads at most `limit` bytes and reports how many in `count`. Blocks while there are none.
   // False, or a count of 0, is the end of the input.
@@ -49,8 +53,9 @@ class InputStream {
 
  private:
   std::intptr_t native = -1;
-  bool is_pipe = false;    // Or a socket.
-  bool is_socket = false;  // POSIX alone has such streams.
+  bool can_peek = false;
+  bool is_socket = false;    // POSIX alone has such streams.
+  bool is_terminal = false;  // One that can be peeked; POSIX alone has such streams.
 };
 
 // A byte stream that is written without buffering; a borrowed handle like InputStream.

@@ -61,6 +61,21 @@ bool PeekSocket(int fd, std::size_t& available) {
   return true;
 }
 
+// Whoever reads a terminal that another job has in hand gets stopped.
+bool InForeground(int fd) {
+  return tcgetpgrp(fd) == getpgrp();
+}
+
+// As InputStream::Peek.
+bool PeekTerminal(int fd, std::size_t& available) {
+  available = 0;
+  if (!InForeground(fd) || PollEvents(fd, POLLIN, 0) == 0) return true;
+  if (!QueuedBytes(fd, available)) return false;
+  // With nothing queued it is the end that was typed, which a read has to take.
+  available = std::max<std::size_t>(available, 1);
+  return true;
+}
+
 // Whether the call that failed just now is worth repeating: it was interrupted, or the descriptor
 // is set not to block and `events` has been waited for.
 bool WaitToRetry(int fd, short events) {
@@ -102,13 +117,20 @@ InputStream InputStream::Standard() {
   return Usable(STDIN_FILENO, O_WRONLY) ? Borrow(STDIN_FILENO) : InputStream();
 }
 
+InputStream InputStream::StandardWithTerminal() {
+  InputStream stream = Standard();
+  stream.is_terminal = stream.Valid() && isatty(STDIN_FILENO) == 1;
+  stream.can_peek = stream.can_peek || stream.is_terminal;
+  return stream;
+}
+
 InputStream InputStream::Borrow(std::intptr_t handle) {
   InputStream stream;
   stream.native = handle;
   const mode_t type = FileType(static_cast<int>(handle));
   stream.is_socket = type == S_IFSOCK;
   // What can't be told counts as one: files too can be asked how much is there.
-  stream.is_pipe = type == S_IFIFO || stream.is_socket || type == 0;
+  stream.can_peek = type == S_IFIFO || stream.is_socket || type == 0;
   return stream;
 }
 
@@ -119,6 +141,7 @@ bool InputStream::Valid() const {
 bool InputStream::Peek(std::size_t& available) const {
   const int fd = static_cast<int>(native);
   if (is_socket) return PeekSocket(fd, available);
+  if (is_terminal) return PeekTerminal(fd, available);
   // The bytes are counted after the question for the end, since the peer may write and go in
   // between. An idle server asks nothing but this.
   const short events = PollEvents(fd, POLLIN, 0);
@@ -134,7 +157,9 @@ bool InputStream::WaitForMore() const {
 }
 
 void InputStream::AddTo(WaitSources& sources) const {
-  if (!Valid() || (is_socket && HasOnlyUrgentByte(static_cast<int>(native)))) return;
+  const int fd = static_cast<int>(native);
+  if (!Valid() || (is_socket && HasOnlyUrgentByte(fd)) || (is_terminal && !InForeground(fd)))
+    return;
   sources.push_back(native);
 }
 

@@ -6,6 +6,7 @@
 #include <io.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <limits>
 
@@ -27,6 +28,18 @@ std::intptr_t StandardHandle(DWORD which) {
 
 DWORD Clamp(std::size_t size) {
   return static_cast<DWORD>(std::min<std::size_t>(size, std::numeric_limits<DWORD>::max()));
+}
+
+// Carries what is typed at the console into a pipe, until the end.
+DWORD WINAPI CarryConsole(void* pipe) {
+  const HANDLE console = GetStdHandle(STD_INPUT_HANDLE);
+  std::array<char, 4096> bytes;
+  DWORD count = 0;
+  while (ReadFile(console, bytes.data(), Clamp(bytes.size()), &count, nullptr) && count > 0 &&
+         WriteFile(pipe, bytes.data(), count, &count, nullptr)) {
+  }
+  CloseHandle(pipe);
+  return 0;
 }
 
 void KeepLineFeeds(std::FILE* file) {
@@ -51,10 +64,25 @@ InputStream InputStream::Standard() {
   return Borrow(StandardHandle(STD_INPUT_HANDLE));
 }
 
+InputStream InputStream::StandardWithTerminal() {
+  // A console tells which keys were pressed, but not whether they make a line yet: only a read
+  // does, and it waits.
+  DWORD mode = 0;
+  HANDLE reader = nullptr;
+  HANDLE writer = nullptr;
+  if (!GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) ||
+      !CreatePipe(&reader, &writer, nullptr, 0))
+    return Standard();
+  const HANDLE thread = CreateThread(nullptr, 0, CarryConsole, writer, 0, nullptr);
+  if (thread == nullptr) CloseHandle(writer);
+  CloseHandle(thread);
+  return Borrow(reinterpret_cast<std::intptr_t>(reader));
+}
+
 InputStream InputStream::Borrow(std::intptr_t handle) {
   InputStream stream;
   stream.native = handle;
-  stream.is_pipe = stream.Valid() && GetFileType(Handle(handle)) == FILE_TYPE_PIPE;
+  stream.can_peek = stream.Valid() && GetFileType(Handle(handle)) == FILE_TYPE_PIPE;
   return stream;
 }
 

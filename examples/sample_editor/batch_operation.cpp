@@ -6,6 +6,7 @@
 #include "examples/sample_editor/errors.h"
 #include "examples/sample_editor/object_operations.h"
 #include "examples/sample_editor/operations.h"
+#include "examples/sample_editor/overlaps.h"
 
 namespace zorvik::sample_editor {
 
@@ -62,9 +63,10 @@ bool BatchApply(World& world, const Call& call, Json& result, Json& error) {
     results.Add(std::move(item_result));
   }
   draft.label = label.empty() ? "Lote de " + std::to_string(ops.size()) + " alteracoes" : label;
+  WarnOfOverlaps(draft, result);
   const Transaction& transaction = Commit(world, std::move(draft), TransactionKind::Edit);
-  result = Json::Object(
-      {{"results", std::move(results)}, {"transaction", TransactionJson(transaction)}});
+  result.Set("results", std::move(results));
+  result.Set("transaction", TransactionJson(transaction));
   return true;
 }
 

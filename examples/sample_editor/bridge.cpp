@@ -6,6 +6,7 @@
 #include "authoring/protocols.h"
 #include "examples/sample_editor/errors.h"
 #include "examples/sample_editor/operations.h"
+#include "examples/sample_editor/rounding.h"
 
 namespace zorvik::sample_editor {
 
@@ -92,6 +93,7 @@ Json Bridge::Answer(const Json& request) {
   Json result = Json::Object();
   Json error;
   if (!RunOperation(world, call, result, error)) return Failure(id, std::move(error));
+  RoundForAnswer(result);
   Json reply = Json::Object(
       {{"id", id}, {"ok", true}, {"revision", world.revision}, {"result", std::move(result)}});
   // A failed request has applied nothing, and may be repeated with better arguments.

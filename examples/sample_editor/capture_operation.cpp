@@ -23,7 +23,9 @@ using core::Json;
 namespace {
 
 constexpr double kDefaultFov = 55;
-constexpr double kNarrowestFrame = 1;  // Metres; a single point has to be seen from somewhere.
+constexpr double kMargin = 0.5;  // Metres; a single point has to be seen from somewhere.
+constexpr double kAirAround = 1.06;
+constexpr double kEyeLevel = 1.6;
 
 void Enclose(std::pair<Vec3, Vec3>& box, const Vec3& point) {
   box.first = {std::min(box.first.x, point.x), std::min(box.first.y, point.y),
@@ -70,6 +72,34 @@ bool FramedBox(const Objects& objects, const Json& frame, std::pair<Vec3, Vec3>&
   return true;
 }
 
+// Moves the camera, without turning it, to where the box just fits into its picture.
+void FillPicture(const std::pair<Vec3, Vec3>& box, double aspect, Camera& camera) {
+  const Frame held = CameraFrame(camera);
+  const double half = std::tan(camera.fov * std::numbers::pi / 360);
+  const Vec3 size = (box.second - box.first) * 0.5 + Vec3{kMargin, kMargin, kMargin};
+  double distance = 0;
+  Vec3 target = camera.target;
+  for (const auto& [axis, slope] :
+       {std::pair{held.x_axis, half * aspect}, std::pair{held.y_axis, half}}) {
+    // A corner is on the rim at a distance of its own to either side; the camera goes between.
+    double low = -std::numeric_limits<double>::max();
+    double high = low;
+    for (unsigned corner = 0; corner < 8; ++corner) {
+      const Vec3 away{(corner & 1U) != 0 ? size.x : -size.x, (corner & 2U) != 0 ? size.y : -size.y,
+                      (corner & 4U) != 0 ? size.z : -size.z};
+      const double nearer = Dot(away, held.z_axis) * slope;
+      high = std::max(high, Dot(away, axis) + nearer);
+      low = std::max(low, nearer - Dot(away, axis));
+    }
+    target = target + axis * ((high - low) / 2);
+    distance = std::max(distance, (high + low) / 2 / slope);
+  }
+  camera.target = target;
+  camera.position = target + held.z_axis * (distance * kAirAround);
+  const double ground = std::max(GroundHeight(camera.position.x, camera.position.z), kSeaLevel);
+  camera.position.y = std::max(camera.position.y, ground + kEyeLevel);
+}
+
 bool ReadCamera(const Objects& objects, const Json& args, double aspect, Camera& camera,
                 Json& error) {
   if (args.Has("camera")) {
@@ -93,12 +123,9 @@ bool ReadCamera(const Objects& objects, const Json& args, double aspect, Camera&
   double elevation = view == "iso" ? 35 : view == "top" ? 89 : 25;
   if (frame.Has("elevation")) elevation = frame.At("elevation").number;
   camera.fov = frame.Has("fov") ? frame.At("fov").number : kDefaultFov;
-  // Far enough for the sphere around the box to fit into the narrower side of the picture.
-  const double radius = std::max(Length(box.second - box.first) / 2, kNarrowestFrame);
-  const double half_fov =
-      std::atan(std::tan(camera.fov * std::numbers::pi / 360) * std::min(1.0, aspect));
   camera.target = (box.first + box.second) * 0.5;
-  camera.position = camera.target + ViewDirection(view, elevation) * (radius / std::sin(half_fov));
+  camera.position = camera.target + ViewDirection(view, elevation);
+  FillPicture(box, aspect, camera);
   if (std::isfinite(Length(camera.position))) return true;
   error = InvalidArgument("frame", "grande demais para enquadrar");
   return false;
@@ -106,12 +133,8 @@ bool ReadCamera(const Objects& objects, const Json& args, double aspect, Camera&
 
 Json Statistics(const Picture& picture) {
   std::array<double, 3> mean{};
-  for (const std::uint8_t pixel : picture.pixels) {
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-      mean[channel] +=
-          picture.palette[pixel][channel] / 255.0 / static_cast<double>(picture.pixels.size());
-    }
-  }
+  for (std::size_t at = 0; at < picture.pixels.size(); ++at)
+    mean[at % 3] += picture.pixels[at] * 3 / 255.0 / static_cast<double>(picture.pixels.size());
   const double luminance = 0.2126 * mean[0] + 0.7152 * mean[1] + 0.0722 * mean[2];
   return Json::Object({{"luminance", luminance},
                        {"cb", (mean[2] - luminance) / 1.8556},

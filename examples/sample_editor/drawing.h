@@ -11,8 +11,12 @@ struct Camera {
   double fov = 55;  // Degrees, vertical.
 };
 
-// The terrain, the sea and a box for each shown object, seen through the camera. `lit` shades
-// surfaces by their slant towards the sun; otherwise they have their plain colour.
+// How the camera is held: x to the right of the picture, y up, z back from the target.
+Frame CameraFrame(const Camera& camera);
+
+// The terrain, the sea and the shown objects under a clear sky, seen through the camera. `lit` has
+// sunlight, shadows, reflections and haze; without it everything has its plain colour. The same
+// world gives the same picture.
 Picture DrawWorld(const Objects& objects, const Camera& camera, std::uint32_t width,
                   std::uint32_t height, bool lit);
 

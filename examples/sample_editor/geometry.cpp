@@ -7,30 +7,6 @@ namespace zorvik::sample_editor {
 
 using core::Json;
 
-Vec3 operator+(const Vec3& a, const Vec3& b) {
-  return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-Vec3 operator-(const Vec3& a, const Vec3& b) {
-  return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-Vec3 operator*(const Vec3& a, double factor) {
-  return {a.x * factor, a.y * factor, a.z * factor};
-}
-double Dot(const Vec3& a, const Vec3& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-Vec3 Cross(const Vec3& a, const Vec3& b) {
-  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-double Length(const Vec3& a) {
-  return std::sqrt(Dot(a, a));
-}
-Vec3 Normalized(const Vec3& a) {
-  return a * (1 / Length(a));
-}
-
 Vec3 DirectionToWorld(const Frame& frame, const Vec3& local) {
   return frame.x_axis * local.x + frame.y_axis * local.y + frame.z_axis * local.z;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include "core/json.h"
 
 namespace zorvik::sample_editor {
@@ -9,15 +11,39 @@ struct Vec3 {
   double x = 0;
   double y = 0;
   double z = 0;
+
+  bool operator==(const Vec3&) const = default;
 };
 
-Vec3 operator+(const Vec3& a, const Vec3& b);
-Vec3 operator-(const Vec3& a, const Vec3& b);
-Vec3 operator*(const Vec3& a, double factor);
-double Dot(const Vec3& a, const Vec3& b);
-Vec3 Cross(const Vec3& a, const Vec3& b);
-double Length(const Vec3& a);
-Vec3 Normalized(const Vec3& a);
+// In the header, since pictures are made of millions of these.
+constexpr Vec3 operator+(const Vec3& a, const Vec3& b) {
+  return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+constexpr Vec3 operator-(const Vec3& a, const Vec3& b) {
+  return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+constexpr Vec3 operator*(const Vec3& a, double factor) {
+  return {a.x * factor, a.y * factor, a.z * factor};
+}
+// Each part by its own, as light by a colour.
+constexpr Vec3 Times(const Vec3& a, const Vec3& b) {
+  return {a.x * b.x, a.y * b.y, a.z * b.z};
+}
+constexpr Vec3 Mixed(const Vec3& a, const Vec3& b, double share) {
+  return a + (b - a) * share;
+}
+constexpr double Dot(const Vec3& a, const Vec3& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+constexpr Vec3 Cross(const Vec3& a, const Vec3& b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+inline double Length(const Vec3& a) {
+  return std::sqrt(Dot(a, a));
+}
+inline Vec3 Normalized(const Vec3& a) {
+  return a * (1 / Length(a));
+}
 
 // The space of one object, seen from the world: where its origin lies and what its three axes,
 // scale included, have become.
@@ -26,6 +52,8 @@ struct Frame {
   Vec3 x_axis{1, 0, 0};
   Vec3 y_axis{0, 1, 0};
   Vec3 z_axis{0, 0, 1};
+
+  bool operator==(const Frame&) const = default;
 };
 
 Vec3 DirectionToWorld(const Frame& frame, const Vec3& local);

@@ -9,6 +9,8 @@
 #include "core/editor_registry.h"
 #include "core/local_pipe/server.h"
 #include "core/local_pipe/stdio_channel.h"
+#include "core/platform/end_request.h"
+#include "core/platform/streams.h"
 #include "core/platform/wait.h"
 #include "core/process.h"
 #include "examples/sample_editor/bridge.h"
@@ -22,13 +24,29 @@ namespace {
 
 constexpr int kBadUsage = 2;
 
+constexpr const char* kUsage =
+    "uso: zorvik_sample_editor [--id ID] [--project NOME] [--limit N]\n"
+    "Um pequeno editor de exemplo, em que clientes de IA trabalham por meio do zorvik_mcp.\n"
+    "  --id ID         o nome do editor para os clientes (sem ele, um que ninguem tem)\n"
+    "  --project NOME  o nome do projeto (Exemplo)\n"
+    "  --limit N       quantos servidores cabem ao mesmo tempo (4)\n"
+    "Diz \"pronto ID\" assim que pode ser achado, e fica aberto ate Ctrl-C, SIGTERM ou \"sair\".\n"
+    "Quem o abre por um pipe na entrada padrao tambem o fecha fechando o pipe. Cada linha da\n"
+    "entrada e um ato da pessoa no editor, respondido com \"feito REVISAO\" ou \"erro TEXTO\":\n"
+    "  mover ID X Z      move um objeto\n"
+    "  criar ASSET X Z   cria um\n"
+    "  sair              fecha o editor\n";
+
 struct Options {
+  bool help = false;
   std::string editor_id;
   std::string project = "Exemplo";
   std::int32_t limit = 4;
 };
 
 bool ReadOptions(const std::vector<std::string>& arguments, Options& options) {
+  options.help = arguments == std::vector<std::string>{"--help"};
+  if (options.help) return true;
   for (std::size_t index = 0; index + 1 < arguments.size(); index += 2) {
     const std::string& name = arguments[index];
     const std::string& value = arguments[index + 1];
@@ -63,10 +81,16 @@ core::EditorRecord MakeRecord(const Options& options) {
   return record;
 }
 
-// Serves until the person leaves: "sair", or the end of the standard input.
-void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& world, Bridge& bridge) {
+// Serves until it is asked to end: by the system, by "sair", or by the end of an input that
+// somebody held. That a file or the null device ends at once, or that there is no input, says
+// nothing.
+void Serve(const core::EditorRecord& record, core::LocalPipeServer& pipe, World& world,
+           Bridge& bridge) {
+  const auto input = core::platform::InputStream::StandardWithTerminal();
+  core::StdioChannel console(input, core::platform::OutputStream::Standard());
+  console.Write("pronto " + record.editor_id);
   bool closed = false;
-  while (!closed) {
+  while (!core::platform::EndRequested() && !(closed && input.CanPeek())) {
     std::vector<core::LocalPipeServer::Message> messages;
     std::vector<std::int32_t> ended;
     pipe.Poll(messages, ended);
@@ -87,7 +111,7 @@ void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& worl
     if (messages.empty()) {
       core::platform::WaitSources sources;
       pipe.AddTo(sources);
-      console.AddTo(sources);
+      if (!closed) console.AddTo(sources);
       core::platform::WaitForInput(sources, 1);
     }
   }
@@ -96,11 +120,14 @@ void Serve(core::StdioChannel& console, core::LocalPipeServer& pipe, World& worl
 }  // namespace
 
 int main(int argc, char** argv) {
+  core::platform::PrepareStandardStreams();
   Options options;
-  if (!ReadOptions({argv + 1, argv + argc}, options)) {
-    std::fputs("uso: zorvik_sample_editor [--id ID] [--project NOME] [--limit N]\n", stderr);
-    return kBadUsage;
+  const bool understood = ReadOptions({argv + 1, argv + argc}, options);
+  if (!understood || options.help) {
+    std::fputs(kUsage, understood ? stdout : stderr);
+    return understood ? 0 : kBadUsage;
   }
+  core::platform::CatchEndRequests();
 
   // The order matters: whoever reads the record connects at once, so the pipe is open before it.
   const core::EditorRecord record = MakeRecord(options);
@@ -117,9 +144,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "%s\n", written.message.c_str());
     return 1;
   }
-  core::StdioChannel console;
-  console.Write("pronto " + record.editor_id);
-  Serve(console, pipe, world, bridge);
+  Serve(record, pipe, world, bridge);
   core::RemoveEditorRecord(record.pid);
   return 0;
 }

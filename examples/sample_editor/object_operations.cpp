@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "authoring/catalog.h"
+#include "examples/sample_editor/assets.h"
 #include "examples/sample_editor/errors.h"
+#include "examples/sample_editor/overlaps.h"
 #include "examples/sample_editor/terrain.h"
 
 namespace zorvik::sample_editor {
@@ -333,6 +335,7 @@ bool ChangeObjects(World& world, const Call& call, Json& result, Json& error) {
   Draft draft;
   if (!OpenDraft(world, call, draft, error)) return false;
   if (!FindObjectChange(call.operation)(draft, call.args, result, error)) return false;
+  WarnOfOverlaps(draft, result);
   const Transaction& transaction = Commit(world, std::move(draft), TransactionKind::Edit);
   result.Set("transaction", TransactionJson(transaction));
   return true;

@@ -9,6 +9,7 @@
 
 #include "authoring/catalog.h"
 #include "authoring/protocols.h"
+#include "examples/sample_editor/assets.h"
 #include "examples/sample_editor/errors.h"
 #include "examples/sample_editor/operations.h"
 #include "examples/sample_editor/terrain.h"

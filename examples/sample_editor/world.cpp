@@ -4,31 +4,12 @@
 #include <limits>
 #include <set>
 
+#include "examples/sample_editor/assets.h"
 #include "examples/sample_editor/terrain.h"
 
 namespace zorvik::sample_editor {
 
 using core::Json;
-
-const std::vector<Asset>& Library() {
-  static const std::vector<Asset> library = {
-      {"zorvik_carvalho", {-2, 0, -2}, {2, 7, 2}},
-      {"zorvik_casa", {-4, 0, -3}, {4, 3, 3}},
-      {"zorvik_cerca", {-1.5, 0, -0.1}, {1.5, 1.2, 0.1}},
-      {"zorvik_pinheiro", {-1, 0, -1}, {1, 9, 1}},
-      {"zorvik_poco", {-1, -2, -1}, {1, 1.5, 1}},
-      {"zorvik_porta", {-0.5, 0, -0.05}, {0.5, 2.1, 0.05}},
-      {"zorvik_rocha", {-1, -0.4, -0.8}, {1, 0.9, 0.8}},
-      {"zorvik_telhado", {-4.4, 0, -3.4}, {4.4, 1.8, 3.4}},
-  };
-  return library;
-}
-
-const Asset* FindAsset(std::string_view id) {
-  const auto found = std::find_if(Library().begin(), Library().end(),
-                                  [&](const Asset& asset) { return id == asset.id; });
-  return found == Library().end() ? nullptr : &*found;
-}
 
 ObjectPtr Find(const Objects& objects, std::int64_t id) {
   const auto found = objects.find(id);

@@ -24,16 +24,6 @@ struct Author {
   bool operator==(const Author&) const = default;
 };
 
-// An asset of the library, with the box around its origin.
-struct Asset {
-  const char* id;
-  Vec3 box_min;
-  Vec3 box_max;
-};
-
-const std::vector<Asset>& Library();
-const Asset* FindAsset(std::string_view id);
-
 // A placed object. It is never changed: a change puts another one in its place, so that the history
 // can hold the states before and after without copying the world.
 struct Object {

@@ -1,6 +1,7 @@
 // MCP clients that others wrote, on a live server and a live editor.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
+import { inflateSync } from 'node:zlib';
 import { Client as ClientV2 } from '@modelcontextprotocol/client';
 import { StdioClientTransport as TransportV2 } from '@modelcontextprotocol/client/stdio';
 import { Client as ClientV1 } from '@modelcontextprotocol/sdk/client/index.js';
@@ -45,6 +46,11 @@ for (const { name, Client, Transport, options, modern } of clients) {
     assert.equal(refused.structuredContent.error.details.field, 'limit');
     const { content } = await call('inspect_capture', { width: 64, height: 64 });
     assert.deepEqual(content.map(({ type }) => type), ['text', 'image']);
+    // A picture's only block of pixels lies between its header and its end.
+    const png = Buffer.from(content[1].data, 'base64');
+    const pixels = inflateSync(png.subarray(41, png.length - 16));
+    assert.equal(pixels.length, 64 * (1 + 3 * 64));
+    assert.ok(new Set(pixels).size > 30, 'more than an even surface');
 
     const abort = new AbortController();
     const cancelled = call('world_summary', {}, { signal: abort.signal });
