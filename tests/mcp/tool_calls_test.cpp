@@ -37,7 +37,7 @@ TEST(ToolCallsTest, AnswersWithoutAnEditorInAFixedOrder) {
       {1, R"({"name":"editor_list"})",
        OldestAnswer("1",
                     R"({"ok":true,"editors":[{"editor_id":"a","pid":1,"project":"",)"
-                    R"("project_name":"","world":"w","world_id":"","bridge":"",)"
+                    R"("project_name":"","world":"w","world_id":"","bridge":"w",)"
                     R"("engine_version":"","started":""}]})",
                     false)},
       {2, R"({"name":"world_info"})",
@@ -48,7 +48,7 @@ TEST(ToolCallsTest, AnswersWithoutAnEditorInAFixedOrder) {
   for (const auto& c : cases) {
     ServerSession session;
     for (int i = 0; i < c.editors; ++i) session.gateway.Open(i == 0 ? "a" : "b");
-    for (core::EditorRecord& record : session.gateway.editors) record.world = "w";
+    for (core::EditorRecord& record : session.gateway.editors) record.world = record.bridge = "w";
     session.Initialize("2025-03-26");
     EXPECT_EQ(session.Ask(RequestLine("1", "tools/call", c.params)), c.answer);
     EXPECT_EQ(session.gateway.sent, Sent{});
