@@ -186,6 +186,31 @@ TEST_F(PipesPosixTest, ANameIsFreeHoweverItsServerDiedAndItsFilesGo) {
   EXPECT_TRUE(fs::is_empty(folder));
 }
 
+TEST_F(PipesPosixTest, WhoNeverStopsWritingIsHeardInParts) {
+  ASSERT_EQ(Open("nome"), 0);
+  fs::remove(socket_file);
+  const int host = Intrude(bind, user);
+  // Far more than a pipe holds: many bytes, and many lines.
+  for (const std::string& line : {std::string(999, 'x') + '\n', std::string("1\n")}) {
+    ASSERT_EQ(Connect("nome"), 0);
+    const int peer = accept(host, nullptr, nullptr);
+    const int room = 64'000'000;
+    BecomeRoot();
+    ASSERT_EQ(setsockopt(peer, SOL_SOCKET, SO_SNDBUFFORCE, &room, sizeof room), 0);
+    Become(user);
+    std::string flood;
+    while (flood.size() < 8'000'000) flood += line;
+    ASSERT_EQ(send(peer, flood.data(), flood.size(), MSG_DONTWAIT),
+              static_cast<ssize_t>(flood.size()));
+    Lines lines;
+    EXPECT_TRUE(client.Receive(lines, error)) << error;
+    EXPECT_LE(lines.size(), line.size() > 2 ? 5'300U : 800'000U);
+    while (lines.size() < flood.size() / line.size()) ASSERT_TRUE(client.Receive(lines, error));
+    close(peer);
+  }
+  close(host);
+}
+
 TEST_F(PipesPosixTest, AnUrgentByteIsWaitedForByNobody) {
   ASSERT_EQ(Open("nome"), 0);
   fs::remove(socket_file);
