@@ -43,8 +43,8 @@ Vec3 SkyColour(double up) {
 // Few enough steps for even surfaces to stay even, and the file small.
 std::uint8_t Brightness(double share) {
   constexpr int kStep = 4;
-  const int steps = static_cast<int>(std::clamp(share, 0.0, 1.0) * 255 / kStep + 0.5);
-  return static_cast<std::uint8_t>(std::min(255, steps * kStep));
+  const long steps = std::lround(std::clamp(share, 0.0, 1.0) * 255 / kStep);
+  return static_cast<std::uint8_t>(std::min(255L, steps * kStep));
 }
 
 // How points of the world come to lie on a picture.
