@@ -26,7 +26,7 @@ std::string Write(const std::filesystem::path& path, const std::string& content)
 }
 
 TEST(FilesPosixTest, WhatIsWrittenIsReadableByItsUserAlone) {
-  for (const mode_t mask : {0, 0777}) {
+  for (const mode_t mask : {0U, 0777U}) {
     const tests::TemporaryHome home;
     chmod(home.Path().c_str(), 0755);
     const std::filesystem::path target = home.Path() / "a" / "b" / "x";
