@@ -287,9 +287,8 @@ constexpr auto kRules = std::to_array<Rule>({
     {"answer.error", "A failed answer has `error` with the texts `code` and `message`.",
      "hello.accepted", Error},
     {"answer.images",
-     "Each of `images` has `data_base64` with padding and without line breaks; `mime`, if there, "
-     "is "
-     "an image's.",
+     "Each of `images` has `data_base64` with padding and without line breaks; "
+     "`mime`, if there, is an image's.",
      "hello.accepted", Images},
     {"request.unknown", "An unknown operation is answered with `unsupported`.", "hello.accepted",
      UnknownOperation},

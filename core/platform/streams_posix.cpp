@@ -129,7 +129,7 @@ InputStream InputStream::Borrow(std::intptr_t handle) {
   stream.native = handle;
   const mode_t type = FileType(static_cast<int>(handle));
   stream.is_socket = type == S_IFSOCK;
-  // What can't be told counts as one: files too can be asked how much is there.
+  // What can't be told is taken for a pipe: files too can be asked how much is there.
   stream.can_peek = type == S_IFIFO || stream.is_socket || type == 0;
   return stream;
 }
