@@ -8,8 +8,8 @@
 
 #include "core/json/wide_product.h"
 
-// The arithmetic that turns decimal digits into doubles and back for the numbers of everyday, to
-// the last bit. The standard library does the same for all numbers, but takes several times as
+// The arithmetic that turns decimal digits into doubles for the numbers of everyday, to the last
+// bit. The standard library does the same for all numbers, but takes several times as
 // long.
 namespace zorvik::core {
 
@@ -19,11 +19,6 @@ inline constexpr std::array<std::uint64_t, 28> kPowersOfFive = [] {
   for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 5;
   return powers;
 }();
-
-// 10^exponent for exponents from 0 to 19.
-constexpr std::uint64_t PowerOfTen(int exponent) {
-  return kPowersOfFive[static_cast<std::size_t>(exponent)] << exponent;
-}
 
 // 1/5^n for n from 1 on: the 64 bits from the first that is set, cut off behind them.
 inline constexpr std::array<std::uint64_t, kPowersOfFive.size()> kReciprocalsOfFive = [] {
@@ -84,20 +79,6 @@ inline bool ScaleExactly(std::uint64_t mantissa, int exponent, double& out) {
   }
   return exponent < 0 && scale < kReciprocalsOfFive.size() &&
          DivideByPowerOfTen(mantissa, scale, out);
-}
-
-// mantissa * 2^exponent * 10^scale, rounded to the nearest integer, ties to even. The result must
-// fit 63 bits, and exponent + scale lie between -63 and 0.
-inline std::uint64_t ScaleAndRound(std::uint64_t mantissa, int exponent, int scale) {
-  // What is wanted is mantissa * 5^scale / 2^shift.
-  const WideProduct product =
-      MultiplyWide(mantissa, kPowersOfFive[static_cast<std::size_t>(scale)]);
-  const int shift = -(exponent + scale);
-  if (shift == 0) return product.low;
-  const std::uint64_t whole = product.high << (64 - shift) | product.low >> shift;
-  const std::uint64_t rest = product.low << (64 - shift);  // As parts of 2^64.
-  constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
-  return whole + (rest > kHalf || (rest == kHalf && whole % 2 == 1) ? 1 : 0);
 }
 
 }  // namespace zorvik::core

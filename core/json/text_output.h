@@ -3,43 +3,44 @@
 #include <array>
 #include <cstddef>
 #include <string>
-#include <string_view>
 
 namespace zorvik::core {
 
 // Appends to a string through a small buffer, so that bytes which come one by one cost a store
-// each. What is in the buffer reaches the string with Flush.
+// each. Where the next byte goes is passed along as `to`, so that it can stay in a register: it
+// begins with Begin, may move by Room and Reserve, and ends with Flush.
 class TextOutput {
  public:
   explicit TextOutput(std::string& target) : out(target) {}
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
 
-  // Where up to `size` bytes may be written; Advance then tells where what was written ends. `size`
-  // is at most the buffer's.
-  char* Room(std::size_t size) {
-    if (buffer.size() - used < size) Flush();
-    return buffer.data() + used;
-  }
-  void Advance(const char* end) { used = static_cast<std::size_t>(end - buffer.data()); }
+  char* Begin() { return buffer.data(); }
 
-  void Put(char c) {
-    *Room(1) = c;
-    ++used;
+  // Where up to `size` bytes may be written. `size` is at most the buffer's.
+  char* Room(char* to, std::size_t size) {
+    return buffer.size() - Used(to) >= size ? to : Flush(to);
   }
-  void Put(std::string_view bytes) { used += bytes.copy(Room(bytes.size()), bytes.size()); }
 
-  void Flush() {
-    out.append(buffer.data(), used);
-    used = 0;
+  // Lets what was written up to `to` reach the string.
+  char* Flush(const char* to) {
+    // Fourfold room: what isn't touched costs nothing, and moving does.
+    if (out.capacity() - out.size() < Used(to)) out.reserve((out.size() + Used(to)) * 4);
+    out.append(buffer.data(), Used(to));
+    return buffer.data();
   }
+
   // Makes the string ready to take that many bytes more without moving again.
-  void Reserve(std::size_t size) { out.reserve(out.size() + used + size); }
+  char* Reserve(const char* to, std::size_t size) {
+    out.reserve(out.size() + Used(to) + size);
+    return Flush(to);
+  }
 
  private:
+  std::size_t Used(const char* to) const { return static_cast<std::size_t>(to - buffer.data()); }
+
   std::string& out;
-  std::size_t used = 0;
-  std::array<char, 2048> buffer;
+  std::array<char, 4096> buffer;
 };
 
 }  // namespace zorvik::core

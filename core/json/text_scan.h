@@ -19,6 +19,23 @@ inline std::uint64_t LoadEightBytes(const char* at) {
   return word;
 }
 
+// One to seven bytes in the lowest ones of a word, and zeros in the others.
+inline std::uint64_t LoadFewBytes(const char* at, std::size_t size) {
+  // By two reads that may overlap, as a length that can't be foretold would make a loop dear.
+  std::uint64_t word = 0;
+  if (size >= 4) {
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+    std::memcpy(&first, at, sizeof first);
+    std::memcpy(&last, at + size - sizeof last, sizeof last);
+    word = first | std::uint64_t{last} << (8 * (size - sizeof last));
+  } else {
+    for (const std::size_t i : {std::size_t{0}, size / 2, size - 1})
+      word |= std::uint64_t{static_cast<unsigned char>(at[i])} << (8 * i);
+  }
+  return word;
+}
+
 // How many of eight bytes stand in front of the first text break; 8 when there is none.
 inline std::size_t CountPlainBytes(std::uint64_t word) {
   // Subtracting makes the top bit of a byte appear where the byte was smaller than the subtrahend.
