@@ -21,6 +21,8 @@ constexpr int kDepthLimit = 65;
 // The room that an object and a list of texts begin with.
 constexpr std::size_t kFirstFields = 4;
 constexpr std::size_t kFirstTexts = 4;
+// A list as long as this begins with the room that the one before took: positions and colours.
+constexpr std::size_t kShortList = 16;
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
@@ -149,7 +151,7 @@ class Reader {
     at = SkipSpace(at);
     if (at == end) return Fail("documento vazio");
     if (*at == '{') return Object(at + 1, out, depth, model);
-    if (*at == '[') return Array(at + 1, out, depth);
+    if (*at == '[') return Array(at + 1, out, depth, model);
     return Scalar(at, out);
   }
   const char* SkipSpace(const char* at) const {
@@ -163,7 +165,7 @@ class Reader {
   const char* Scalar(const char* at, Json& out);
   const char* Object(const char* at, Json& out, int depth, const Json& model);
   const char* Key(const char* at, std::string_view& key);
-  const char* Array(const char* at, Json& out, int depth);
+  const char* Array(const char* at, Json& out, int depth, const Json& model);
   const char* String(const char* at, std::string& out);
   const char* EscapedString(const char* at, std::string& out);
   const char* UnicodeEscape(const char* at, unsigned& code);
@@ -280,10 +282,11 @@ const char* Reader::Key(const char* at, std::string_view& key) {
   return at;
 }
 
-const char* Reader::Array(const char* at, Json& out, int depth) {
+const char* Reader::Array(const char* at, Json& out, int depth, const Json& model) {
   out.kind = Json::Kind::Array;
   at = SkipSpace(at);
   if (Is(at, ']')) return at + 1;
+  if (model.items.size() <= kShortList) out.items.reserve(model.items.size());
   // More items than a list may hold don't fit a text of the greatest length, so nobody counts them.
   for (std::size_t count = 0;; ++count) {
     // A value is much larger than its text, so counting ahead is cheaper than moving what is there.
