@@ -111,6 +111,15 @@ TEST(JsonNumbersTest, WholeOnesAreWrittenAsIntegersIn64Bits) {
             "-9223372036854775808,-9.2233720368547779e+18,0,0,0]");
 }
 
+void ExpectWrittenAsByPrintf(double number) {
+  const std::string written = WriteJson(Json::Number(number));
+  ASSERT_TRUE(Same(std::strtod(written.c_str(), nullptr), number)) << written;
+  char expected[32];
+  std::snprintf(expected, sizeof expected, "%.17g", number);
+  const bool integer = number < 0x1p63 && std::trunc(number) == number;
+  ASSERT_TRUE(integer || written == expected) << written << " is not " << expected;
+}
+
 TEST(JsonNumbersTest, RandomOnesAreWrittenAsByPrintfAndComeBack) {
   std::mt19937_64 random(7);
   for (int i = 0; i < 50'000; ++i) {
@@ -121,13 +130,23 @@ TEST(JsonNumbersTest, RandomOnesAreWrittenAsByPrintfAndComeBack) {
       number = std::ldexp(numerator, -static_cast<int>(random() % 110)) /
                (random() % 2 == 0 ? 1.0 : std::pow(10.0, random() % 20));
     }
-    const std::string written = WriteJson(Json::Number(number));
-    ASSERT_TRUE(Same(std::strtod(written.c_str(), nullptr), number)) << written;
-    ExpectReadAsByTheLibrary(written);
-    char expected[32];
-    std::snprintf(expected, sizeof expected, "%.17g", number);
-    const bool integer = number < 0x1p63 && std::trunc(number) == number;
-    ASSERT_TRUE(integer || written == expected) << written << " is not " << expected;
+    ExpectWrittenAsByPrintf(number);
+    ExpectReadAsByTheLibrary(WriteJson(Json::Number(number)));
+  }
+}
+
+// Where the number of digits, the way to write them or the exponent of two changes.
+TEST(JsonNumbersTest, OnesBesidePowersAreWrittenAsByPrintf) {
+  for (int exponent = -20; exponent <= 20; ++exponent) {
+    for (const double power : {std::strtod(("1e" + std::to_string(exponent)).c_str(), nullptr),
+                               std::ldexp(1.0, 2 * exponent), std::ldexp(2.0, 2 * exponent)}) {
+      double number = power;
+      for (int i = 0; i < 3; ++i) number = std::nextafter(number, 0.0);
+      for (int i = 0; i < 7; ++i, number = std::nextafter(number, Limits::max())) {
+        ExpectWrittenAsByPrintf(number);
+        ExpectWrittenAsByPrintf(-number);
+      }
+    }
   }
 }
 
