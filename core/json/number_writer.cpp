@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "core/json/decimal_scaling.h"
 #include "core/json/wide_product.h"
@@ -119,7 +120,8 @@ struct Digits {
 };
 
 char* PutBelowOne(const Digits& digits, int exponent, char* to) {
-  std::memcpy(to, "0.000", 5);
+  constexpr std::string_view kZeros = "0.000";
+  kZeros.copy(to, kZeros.size());
   to += 1 - exponent;
   Store(digits.first_eight, to);
   Store(digits.next_eight, to + 8);
