@@ -9,8 +9,7 @@
 #include "core/json/wide_product.h"
 
 // The arithmetic that turns decimal digits into doubles for the numbers of everyday, to the last
-// bit. The standard library does the same for all numbers, but takes several times as
-// long.
+// bit. The standard library does the same for all numbers, but takes several times as long.
 namespace zorvik::core {
 
 // The powers of five that fit 63 bits.

@@ -17,6 +17,7 @@ constexpr bool kKeepsBlocks = true;
 
 // Values take multiples of 96 bytes and fields of 128, so that classes of 32 waste nothing.
 constexpr std::size_t kClassSize = 32;
+// The fields of an object in a reply, some thirty, take 4 KiB.
 constexpr std::size_t kLargestBlock = 8'192;
 constexpr std::size_t kMostKept = 4'194'304;
 constexpr std::size_t kLongestTextKept = 1'048'576;

@@ -141,6 +141,7 @@ char* PutFromOneOn(const Digits& digits, int exponent, char* to) {
   return to + 18 - digits.TrailingZeros();
 }
 
+// Writes any number, by the standard library.
 char* PutRareNumber(double number, char* to) {
   constexpr double kInt64Bound = 9'223'372'036'854'775'808.0;
   if (!std::isfinite(number)) number = 0;

@@ -21,7 +21,8 @@ constexpr int kDepthLimit = 65;
 // The room that an object and a list of texts begin with.
 constexpr std::size_t kFirstFields = 4;
 constexpr std::size_t kFirstTexts = 4;
-// A list as long as this begins with the room that the one before took: positions and colours.
+// A list begins with the room that the one before took if that was no longer than this: positions
+// and colours.
 constexpr std::size_t kShortList = 16;
 
 bool IsDigit(char c) {

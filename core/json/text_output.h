@@ -24,7 +24,7 @@ class TextOutput {
 
   // Lets what was written up to `to` reach the string.
   char* Flush(const char* to) {
-    // Fourfold room: what isn't touched costs nothing, and moving does.
+    // Fourfold room: what isn't touched takes no memory, and moving takes time.
     if (out.capacity() - out.size() < Used(to)) out.reserve((out.size() + Used(to)) * 4);
     out.append(buffer.data(), Used(to));
     return buffer.data();

@@ -13,7 +13,7 @@ namespace zorvik::core {
 namespace {
 
 // A text from this size on gets its room at once, with some for what follows it. Otherwise the
-// output of a large image would grow by doubling, and be copied each time.
+// output of a large image would grow in steps, and be copied at each.
 constexpr std::size_t kBigText = 1'048'576;
 constexpr std::size_t kRoomBehindBigText = 16'384;
 
